@@ -1,0 +1,208 @@
+/*
+ * libkorvel: image processing for applications of industrial cameras.
+ *
+ * This header is the whole of the library's interface, for C (C99 and later) and C++.
+ *
+ * Rules that all functions share
+ * ------------------------------
+ * - Every function returns a KORVEL_RETURN_CODE. On failure it also leaves a code and a text in a record of the
+ *   calling thread, which KORVEL_Library_GetLastError reads. A success never changes that record.
+ * - A failed call changes nothing but that record, unless the function says otherwise. Results are written through
+ *   pointers and only on success.
+ * - Checks run in this order: handles (KORVEL_RETURN_CODE_InvalidHandle), pointers
+ *   (KORVEL_RETURN_CODE_InvalidArgument), values. A null pointer is refused everywhere but where a function gives
+ *   it a meaning. That any other pointer can be read or written is trusted.
+ * - Objects are held by handles. A handle is valid from the call that wrote it until the matching ..._Destruct. An
+ *   unknown, destroyed or foreign handle is refused. A call in progress keeps its objects alive even if another
+ *   thread destroys the handle meanwhile.
+ * - Two threads may use two handles freely. One converter serves one thread at a time. The pixels of one image may
+ *   be read by several threads, and be written by one that has them to itself.
+ * - Pixel formats are passed as 32-bit ids: the codes of the GenICam Pixel Format Naming Convention (PFNC), and
+ *   ids of the library's own that begin 0x4000.
+ * - Sizes of images are in pixels, sizes of memory in bytes.
+ */
+#ifndef KORVEL_KORVEL_H
+#define KORVEL_KORVEL_H
+
+#include <stddef.h>
+#include <stdint.h>
+
+#if defined(__GNUC__)
+#define KORVEL_API __attribute__((visibility("default")))
+#else
+#define KORVEL_API
+#endif
+
+#ifdef __cplusplus
+extern "C" {
+#endif
+
+/* ------------------------------------------------------------------------------------------------ return codes -- */
+
+/* What every function returns; one of the values below. */
+typedef uint32_t KORVEL_RETURN_CODE;
+
+enum {
+  KORVEL_RETURN_CODE_Success = 0,
+  KORVEL_RETURN_CODE_Error = 1,                          /* any failure without a more exact code */
+  KORVEL_RETURN_CODE_InvalidHandle = 2,                  /* a handle that is not, or no longer, known */
+  KORVEL_RETURN_CODE_Io = 3,                             /* a file could not be opened, read or written */
+  KORVEL_RETURN_CODE_BufferToSmall = 4,                  /* the caller's memory is smaller than the result */
+  KORVEL_RETURN_CODE_InvalidArgument = 5,                /* a null pointer, or a value that is refused */
+  KORVEL_RETURN_CODE_OutOfRange = 6,                     /* a position outside the object, a width or height of 0 */
+  KORVEL_RETURN_CODE_ImageFormatNotSupported = 7,        /* the operation does not exist for this format */
+  KORVEL_RETURN_CODE_ImageFormatInterpretationError = 8, /* pixels of a file can't be read as this format */
+  KORVEL_RETURN_CODE_NotSupported = 9,
+  KORVEL_RETURN_CODE_AccessFailed = 10,
+  KORVEL_RETURN_CODE_QueueFull = 11,
+  KORVEL_RETURN_CODE_Timeout = 12
+};
+
+/* ----------------------------------------------------------------------------------------------- pixel formats -- */
+
+/*
+ * The list of all public pixel formats, in order of their ids. ROW is expanded once for each as
+ *
+ *   ROW(X, name, id, pixelClass, layout, significantBitsPerChannel)
+ *
+ * with X passed through. pixelClass is the family of the format without its depth. layout tells how channels lie in
+ * memory:
+ *   Unpacked     each channel in one byte (8 bits) or one little-endian 16-bit word, value in the low bits
+ *   NoAlignment  one channel, a little-endian bit stream without gaps: the PFNC formats with the suffix "p"
+ *   Mipi         one channel, high bits of a group first, then one byte with the low bits of all its pixels, as
+ *                MIPI CSI-2 has it in RAW10 (4 pixels in 5 bytes, "g40") and RAW12 (2 pixels in 3 bytes, "g24")
+ *   Word32       three channels of 10 bits in one little-endian 32-bit word, the first in the low bits
+ * Lines follow each other without padding in every format; packed images are one stream from the first pixel to the
+ * last. Applications that need names and ids alone use KORVEL_PIXEL_FORMATS.
+ */
+#define KORVEL_PIXEL_FORMAT_TABLE(ROW, X)                        \
+  ROW(X, Mono8, 0x01080001, Mono, Unpacked, 8)                   \
+  ROW(X, BayerGR8, 0x01080008, BayerGR, Unpacked, 8)             \
+  ROW(X, BayerRG8, 0x01080009, BayerRG, Unpacked, 8)             \
+  ROW(X, BayerGB8, 0x0108000A, BayerGB, Unpacked, 8)             \
+  ROW(X, BayerBG8, 0x0108000B, BayerBG, Unpacked, 8)             \
+  ROW(X, Mono10p, 0x010A0046, MonoPacked, NoAlignment, 10)       \
+  ROW(X, BayerBG10p, 0x010A0052, BayerBGPacked, NoAlignment, 10) \
+  ROW(X, BayerGB10p, 0x010A0054, BayerGBPacked, NoAlignment, 10) \
+  ROW(X, BayerGR10p, 0x010A0056, BayerGRPacked, NoAlignment, 10) \
+  ROW(X, BayerRG10p, 0x010A0058, BayerRGPacked, NoAlignment, 10) \
+  ROW(X, Mono12p, 0x010C0047, MonoPacked, NoAlignment, 12)       \
+  ROW(X, BayerBG12p, 0x010C0053, BayerBGPacked, NoAlignment, 12) \
+  ROW(X, BayerGB12p, 0x010C0055, BayerGBPacked, NoAlignment, 12) \
+  ROW(X, BayerGR12p, 0x010C0057, BayerGRPacked, NoAlignment, 12) \
+  ROW(X, BayerRG12p, 0x010C0059, BayerRGPacked, NoAlignment, 12) \
+  ROW(X, Mono10, 0x01100003, Mono, Unpacked, 10)                 \
+  ROW(X, Mono12, 0x01100005, Mono, Unpacked, 12)                 \
+  ROW(X, BayerGR10, 0x0110000C, BayerGR, Unpacked, 10)           \
+  ROW(X, BayerRG10, 0x0110000D, BayerRG, Unpacked, 10)           \
+  ROW(X, BayerGB10, 0x0110000E, BayerGB, Unpacked, 10)           \
+  ROW(X, BayerBG10, 0x0110000F, BayerBG, Unpacked, 10)           \
+  ROW(X, BayerGR12, 0x01100010, BayerGR, Unpacked, 12)           \
+  ROW(X, BayerRG12, 0x01100011, BayerRG, Unpacked, 12)           \
+  ROW(X, BayerGB12, 0x01100012, BayerGB, Unpacked, 12)           \
+  ROW(X, BayerBG12, 0x01100013, BayerBG, Unpacked, 12)           \
+  ROW(X, RGB8, 0x02180014, RGB, Unpacked, 8)                     \
+  ROW(X, BGR8, 0x02180015, BGR, Unpacked, 8)                     \
+  ROW(X, RGBa8, 0x02200016, RGBa, Unpacked, 8)                   \
+  ROW(X, BGRa8, 0x02200017, BGRa, Unpacked, 8)                   \
+  ROW(X, RGB10p32, 0x0220001D, RGB10p32, Word32, 10)             \
+  ROW(X, BGR10p32, 0x0220001E, BGR10p32, Word32, 10)             \
+  ROW(X, RGB10, 0x02300018, RGB, Unpacked, 10)                   \
+  ROW(X, BGR10, 0x02300019, BGR, Unpacked, 10)                   \
+  ROW(X, RGB12, 0x0230001A, RGB, Unpacked, 12)                   \
+  ROW(X, BGR12, 0x0230001B, BGR, Unpacked, 12)                   \
+  ROW(X, BGRa10, 0x0240004C, BGRa, Unpacked, 10)                 \
+  ROW(X, BGRa12, 0x0240004E, BGRa, Unpacked, 12)                 \
+  ROW(X, RGBa10, 0x0240005F, RGBa, Unpacked, 10)                 \
+  ROW(X, RGBa12, 0x02400061, RGBa, Unpacked, 12)                 \
+  ROW(X, BayerRG10g40Qrv, 0x40000001, BayerRGPacked, Mipi, 10)   \
+  ROW(X, BayerGB10g40Qrv, 0x40000002, BayerGBPacked, Mipi, 10)   \
+  ROW(X, BayerGR10g40Qrv, 0x40000003, BayerGRPacked, Mipi, 10)   \
+  ROW(X, BayerBG10g40Qrv, 0x40000004, BayerBGPacked, Mipi, 10)   \
+  ROW(X, Mono10g40Qrv, 0x4000000F, MonoPacked, Mipi, 10)         \
+  ROW(X, BayerRG12g24Qrv, 0x40000011, BayerRGPacked, Mipi, 12)   \
+  ROW(X, BayerGB12g24Qrv, 0x40000012, BayerGBPacked, Mipi, 12)   \
+  ROW(X, BayerGR12g24Qrv, 0x40000013, BayerGRPacked, Mipi, 12)   \
+  ROW(X, BayerBG12g24Qrv, 0x40000014, BayerBGPacked, Mipi, 12)   \
+  ROW(X, Mono12g24Qrv, 0x4000001F, MonoPacked, Mipi, 12)
+
+/*
+ * Expands X(name, id) once for each public pixel format, in order of the ids:
+ *
+ *   #define PRINT_FORMAT(name, id) printf("%s is 0x%08X\n", #name, id);
+ *   KORVEL_PIXEL_FORMATS(PRINT_FORMAT)
+ */
+#define KORVEL_PIXEL_FORMATS(X) KORVEL_PIXEL_FORMAT_TABLE(KORVEL_DETAIL_NAME_AND_ID, X)
+#define KORVEL_DETAIL_NAME_AND_ID(X, name, id, pixelClass, layout, significantBits) X(name, id)
+
+/* The ids as constants: KORVEL_PIXEL_FORMAT_Mono8, KORVEL_PIXEL_FORMAT_BayerRG12p, ... Functions take a uint32_t. */
+#define KORVEL_DETAIL_FORMAT_CONSTANT(name, id) KORVEL_PIXEL_FORMAT_##name = id,
+enum {
+  KORVEL_PIXEL_FORMATS(KORVEL_DETAIL_FORMAT_CONSTANT) KORVEL_PIXEL_FORMAT_Invalid =
+      0 /* no format; an image of it has one byte per pixel and no meaning */
+};
+#undef KORVEL_DETAIL_FORMAT_CONSTANT
+
+/* The order of bytes in channels of more than 8 bits. Every format is little-endian. */
+typedef uint32_t KORVEL_ENDIANNESS;
+
+enum { KORVEL_ENDIANNESS_Little = 0 };
+
+/* ------------------------------------------------------------------------------------------------------ library -- */
+
+/* The version of the library that runs: 1.5.0 is 1, 5 and 0. */
+KORVEL_API KORVEL_RETURN_CODE KORVEL_Library_GetVersionMajor(uint32_t* libraryVersionMajor);
+KORVEL_API KORVEL_RETURN_CODE KORVEL_Library_GetVersionMinor(uint32_t* libraryVersionMinor);
+KORVEL_API KORVEL_RETURN_CODE KORVEL_Library_GetVersionSubminor(uint32_t* libraryVersionSubminor);
+
+/*
+ * Reads code and text of the last failure in the calling thread; 0 and an empty text before the first.
+ *
+ * With lastErrorDescription null, writes the bytes that the text needs, its terminating zero included, into
+ * *lastErrorDescriptionSize, and nothing else. Otherwise *lastErrorDescriptionSize tells how many bytes
+ * lastErrorDescription has room for, and is set to the bytes written. Reading doesn't clear the record.
+ *
+ * InvalidArgument  lastErrorCode or lastErrorDescriptionSize is null
+ * BufferToSmall    the text does not fit; this failure takes the place of the one that was asked for, so ask for the
+ *                  size first
+ */
+KORVEL_API KORVEL_RETURN_CODE KORVEL_Library_GetLastError(uint32_t* lastErrorCode, char* lastErrorDescription,
+                                                          size_t* lastErrorDescriptionSize);
+
+/* ---------------------------------------------------------------------------------------- pixel format queries -- */
+
+/*
+ * Properties of a pixel format. Bits are significant where they carry a value, and storage bits where they take up
+ * memory. KORVEL_PIXEL_FORMAT_Invalid answers like an 8-bit format of one channel.
+ *
+ * InvalidArgument  the result pointer is null
+ * Error            no format has this id
+ */
+KORVEL_API KORVEL_RETURN_CODE KORVEL_PixelFormat_GetNumChannels(uint32_t pixelFormat, size_t* numChannels);
+KORVEL_API KORVEL_RETURN_CODE KORVEL_PixelFormat_GetNumSignificantBitsPerChannel(uint32_t pixelFormat,
+                                                                                 size_t* numSignificantBits);
+KORVEL_API KORVEL_RETURN_CODE KORVEL_PixelFormat_GetNumStorageBitsPerChannel(uint32_t pixelFormat,
+                                                                             size_t* numStorageBits);
+KORVEL_API KORVEL_RETURN_CODE KORVEL_PixelFormat_GetMaximumValuePerChannel(uint32_t pixelFormat,
+                                                                           uint32_t* channelMaximumValue);
+KORVEL_API KORVEL_RETURN_CODE KORVEL_PixelFormat_GetNumSignificantBitsPerPixel(uint32_t pixelFormat,
+                                                                               size_t* numSignificantBits);
+KORVEL_API KORVEL_RETURN_CODE KORVEL_PixelFormat_GetNumStorageBitsPerPixel(uint32_t pixelFormat,
+                                                                           size_t* numStorageBits);
+KORVEL_API KORVEL_RETURN_CODE KORVEL_PixelFormat_GetEndianness(uint32_t pixelFormat, KORVEL_ENDIANNESS* endianness);
+
+/*
+ * Bytes that a run of numPixels pixels takes, and so also those of an image of width * height pixels. Packed formats
+ * round up to a whole byte once, over the whole run. The arithmetic wraps at 64 bits.
+ *
+ * InvalidArgument  size is null
+ * Error            no format has this id
+ */
+KORVEL_API KORVEL_RETURN_CODE KORVEL_PixelFormat_CalculateStorageSizeOfPixels(uint32_t pixelFormat, size_t numPixels,
+                                                                              size_t* size);
+
+#ifdef __cplusplus
+}
+#endif
+
+#endif /* KORVEL_KORVEL_H */

@@ -1,0 +1,117 @@
+#!/usr/bin/env bash
+# Installs with apt what a build of libkorvel needs and this machine does not have. A machine that has everything
+# needs no network and no rights for it.
+set -euo pipefail
+
+usage() {
+  cat <<'HELP'
+Usage: scripts/install-dependencies.sh [--all] [--lint]
+
+Installs the missing packages for building, testing and running libkorvel on Debian 12.
+
+  --all    also what scripts/test.sh --all needs: clang with its run-time libraries, pngcheck
+  --lint   also what scripts/format.sh and scripts/lint.sh need: clang-format, clang-tidy, shellcheck
+  --help   this text
+HELP
+}
+
+# Each entry is package:probe. A probe with a slash is a header below an include folder, another one is a command.
+# Probes rather than the package database, so that tools which came another way count as well.
+readonly base_packages=(
+  g++:g++
+  cmake:cmake
+  ninja-build:ninja
+  make:make
+  pkg-config:pkg-config
+  binutils:nm
+  ccache:ccache
+  git:git
+  libpng-dev:/png.h
+  libcli11-dev:/CLI/CLI.hpp
+  nlohmann-json3-dev:/nlohmann/json.hpp
+  libgtest-dev:/gtest/gtest.h
+  libgmock-dev:/gmock/gmock.h
+  libbenchmark-dev:/benchmark/benchmark.h
+)
+readonly all_packages=(
+  clang:clang++
+  libclang-rt-14-dev:clang-runtime
+  pngcheck:pngcheck
+)
+readonly lint_packages=(
+  clang-format:clang-format
+  clang-tidy:clang-tidy
+  shellcheck:shellcheck
+)
+
+is_present() {
+  local probe=$1
+  case "$probe" in
+    clang-runtime)
+      compgen -G '/usr/lib/llvm-14/lib/clang/*/lib/linux/libclang_rt.*' >/dev/null
+      ;;
+    /*)
+      [[ -e /usr/include$probe || -e /usr/local/include$probe ]]
+      ;;
+    *)
+      command -v "$probe" >/dev/null
+      ;;
+  esac
+}
+
+wanted=("${base_packages[@]}")
+for argument in "$@"; do
+  case "$argument" in
+    --all) wanted+=("${all_packages[@]}") ;;
+    --lint) wanted+=("${lint_packages[@]}") ;;
+    --help | -h)
+      usage
+      exit 0
+      ;;
+    *)
+      echo "install-dependencies: unknown argument '$argument'" >&2
+      usage >&2
+      exit 2
+      ;;
+  esac
+done
+
+missing=()
+for entry in "${wanted[@]}"; do
+  if ! is_present "${entry#*:}"; then
+    missing+=("${entry%%:*}")
+  fi
+done
+
+if ((${#missing[@]} == 0)); then
+  echo "install-dependencies: everything is there"
+  exit 0
+fi
+
+echo "install-dependencies: missing: ${missing[*]}"
+
+if ! command -v apt-get >/dev/null; then
+  echo "install-dependencies: this system has no apt-get; please install the packages above by its own means" >&2
+  exit 1
+fi
+
+as_root=()
+if ((EUID != 0)); then
+  if ! command -v sudo >/dev/null; then
+    echo "install-dependencies: neither root nor sudo; please run as root:" >&2
+    echo "  apt-get update && apt-get install ${missing[*]}" >&2
+    exit 1
+  fi
+  as_root=(sudo)
+fi
+
+# The settings go through env because sudo keeps only few variables. Another package manager at work is waited for.
+run_apt() {
+  "${as_root[@]}" env DEBIAN_FRONTEND=noninteractive apt-get -o DPkg::Lock::Timeout=300 -q "$@"
+}
+
+if ! { run_apt update && run_apt install --yes --no-install-recommends "${missing[@]}"; }; then
+  echo "install-dependencies: apt failed, see above; check the network and the package sources, then try again" >&2
+  exit 1
+fi
+echo "install-dependencies: installed ${missing[*]}"
