@@ -44,15 +44,15 @@ ReturnCode ExportFrame(Body&& body) {
 
 // Fills a caller's array in two calls: with a null array, tells the size that it needs; otherwise copies the elements
 // and tells how many. needed is in elements. tooSmall is the text of the failure that leaves *arraySize as it was.
-template <class Element>
-ReturnCode FillArray(const Element* elements, size_t needed, Element* array, size_t* arraySize,
+template <class Source, class Element>
+ReturnCode FillArray(const Source* elements, size_t needed, Element* array, size_t* arraySize,
                      std::string_view tooSmall) {
   if (array == nullptr) {
     *arraySize = needed;
     return kSuccess;
   }
   if (*arraySize < needed) return RecordFailure(KORVEL_RETURN_CODE_BufferToSmall, tooSmall);
-  for (size_t i = 0; i < needed; ++i) array[i] = elements[i];
+  for (size_t i = 0; i < needed; ++i) array[i] = static_cast<Element>(elements[i]);
   *arraySize = needed;
   return kSuccess;
 }
@@ -66,3 +66,7 @@ ReturnCode FillArray(const Element* elements, size_t needed, Element* array, siz
 
 #define KORVEL_REQUIRE_POINTER(argument) \
   KORVEL_REQUIRE((argument) != nullptr, KORVEL_RETURN_CODE_InvalidArgument, #argument " is not a valid pointer!")
+
+// object is what the registry has for the handle argument, null if it knows none.
+#define KORVEL_REQUIRE_HANDLE(object, handleArgument) \
+  KORVEL_REQUIRE((object) != nullptr, KORVEL_RETURN_CODE_InvalidHandle, #handleArgument " is invalid!")

@@ -44,14 +44,14 @@ typedef uint32_t KORVEL_RETURN_CODE;
 
 enum {
   KORVEL_RETURN_CODE_Success = 0,
-  KORVEL_RETURN_CODE_Error = 1,                          /* any failure without a more exact code */
-  KORVEL_RETURN_CODE_InvalidHandle = 2,                  /* a handle that is not, or no longer, known */
-  KORVEL_RETURN_CODE_Io = 3,                             /* a file could not be opened, read or written */
-  KORVEL_RETURN_CODE_BufferToSmall = 4,                  /* the caller's memory is smaller than the result */
-  KORVEL_RETURN_CODE_InvalidArgument = 5,                /* a null pointer, or a value that is refused */
-  KORVEL_RETURN_CODE_OutOfRange = 6,                     /* a position outside the object, a width or height of 0 */
-  KORVEL_RETURN_CODE_ImageFormatNotSupported = 7,        /* the operation does not exist for this format */
-  KORVEL_RETURN_CODE_ImageFormatInterpretationError = 8, /* pixels of a file can't be read as this format */
+  KORVEL_RETURN_CODE_Error = 1,                 /* any failure without a more exact code */
+  KORVEL_RETURN_CODE_InvalidHandle = 2,         /* a handle that is not, or no longer, known */
+  KORVEL_RETURN_CODE_Io = 3,                    /* a file could not be opened, read or written */
+  KORVEL_RETURN_CODE_BufferToSmall = 4,         /* the caller's memory is smaller than the result */
+  KORVEL_RETURN_CODE_InvalidArgument = 5,       /* a null pointer, or a value that is refused */
+  KORVEL_RETURN_CODE_OutOfRange = 6,            /* a position outside the object, a width or height of 0 */
+  KORVEL_RETURN_CODE_ImageFormatNotSupported = 7,         /* the operation does not exist for this format */
+  KORVEL_RETURN_CODE_ImageFormatInterpretationError = 8,  /* pixels of a file can't be read as this format */
   KORVEL_RETURN_CODE_NotSupported = 9,
   KORVEL_RETURN_CODE_AccessFailed = 10,
   KORVEL_RETURN_CODE_QueueFull = 11,
@@ -75,55 +75,55 @@ enum {
  * Lines follow each other without padding in every format; packed images are one stream from the first pixel to the
  * last. Applications that need names and ids alone use KORVEL_PIXEL_FORMATS.
  */
-#define KORVEL_PIXEL_FORMAT_TABLE(ROW, X)                        \
-  ROW(X, Mono8, 0x01080001, Mono, Unpacked, 8)                   \
-  ROW(X, BayerGR8, 0x01080008, BayerGR, Unpacked, 8)             \
-  ROW(X, BayerRG8, 0x01080009, BayerRG, Unpacked, 8)             \
-  ROW(X, BayerGB8, 0x0108000A, BayerGB, Unpacked, 8)             \
-  ROW(X, BayerBG8, 0x0108000B, BayerBG, Unpacked, 8)             \
-  ROW(X, Mono10p, 0x010A0046, MonoPacked, NoAlignment, 10)       \
-  ROW(X, BayerBG10p, 0x010A0052, BayerBGPacked, NoAlignment, 10) \
-  ROW(X, BayerGB10p, 0x010A0054, BayerGBPacked, NoAlignment, 10) \
-  ROW(X, BayerGR10p, 0x010A0056, BayerGRPacked, NoAlignment, 10) \
-  ROW(X, BayerRG10p, 0x010A0058, BayerRGPacked, NoAlignment, 10) \
-  ROW(X, Mono12p, 0x010C0047, MonoPacked, NoAlignment, 12)       \
-  ROW(X, BayerBG12p, 0x010C0053, BayerBGPacked, NoAlignment, 12) \
-  ROW(X, BayerGB12p, 0x010C0055, BayerGBPacked, NoAlignment, 12) \
-  ROW(X, BayerGR12p, 0x010C0057, BayerGRPacked, NoAlignment, 12) \
-  ROW(X, BayerRG12p, 0x010C0059, BayerRGPacked, NoAlignment, 12) \
-  ROW(X, Mono10, 0x01100003, Mono, Unpacked, 10)                 \
-  ROW(X, Mono12, 0x01100005, Mono, Unpacked, 12)                 \
-  ROW(X, BayerGR10, 0x0110000C, BayerGR, Unpacked, 10)           \
-  ROW(X, BayerRG10, 0x0110000D, BayerRG, Unpacked, 10)           \
-  ROW(X, BayerGB10, 0x0110000E, BayerGB, Unpacked, 10)           \
-  ROW(X, BayerBG10, 0x0110000F, BayerBG, Unpacked, 10)           \
-  ROW(X, BayerGR12, 0x01100010, BayerGR, Unpacked, 12)           \
-  ROW(X, BayerRG12, 0x01100011, BayerRG, Unpacked, 12)           \
-  ROW(X, BayerGB12, 0x01100012, BayerGB, Unpacked, 12)           \
-  ROW(X, BayerBG12, 0x01100013, BayerBG, Unpacked, 12)           \
-  ROW(X, RGB8, 0x02180014, RGB, Unpacked, 8)                     \
-  ROW(X, BGR8, 0x02180015, BGR, Unpacked, 8)                     \
-  ROW(X, RGBa8, 0x02200016, RGBa, Unpacked, 8)                   \
-  ROW(X, BGRa8, 0x02200017, BGRa, Unpacked, 8)                   \
-  ROW(X, RGB10p32, 0x0220001D, RGB10p32, Word32, 10)             \
-  ROW(X, BGR10p32, 0x0220001E, BGR10p32, Word32, 10)             \
-  ROW(X, RGB10, 0x02300018, RGB, Unpacked, 10)                   \
-  ROW(X, BGR10, 0x02300019, BGR, Unpacked, 10)                   \
-  ROW(X, RGB12, 0x0230001A, RGB, Unpacked, 12)                   \
-  ROW(X, BGR12, 0x0230001B, BGR, Unpacked, 12)                   \
-  ROW(X, BGRa10, 0x0240004C, BGRa, Unpacked, 10)                 \
-  ROW(X, BGRa12, 0x0240004E, BGRa, Unpacked, 12)                 \
-  ROW(X, RGBa10, 0x0240005F, RGBa, Unpacked, 10)                 \
-  ROW(X, RGBa12, 0x02400061, RGBa, Unpacked, 12)                 \
-  ROW(X, BayerRG10g40Qrv, 0x40000001, BayerRGPacked, Mipi, 10)   \
-  ROW(X, BayerGB10g40Qrv, 0x40000002, BayerGBPacked, Mipi, 10)   \
-  ROW(X, BayerGR10g40Qrv, 0x40000003, BayerGRPacked, Mipi, 10)   \
-  ROW(X, BayerBG10g40Qrv, 0x40000004, BayerBGPacked, Mipi, 10)   \
-  ROW(X, Mono10g40Qrv, 0x4000000F, MonoPacked, Mipi, 10)         \
-  ROW(X, BayerRG12g24Qrv, 0x40000011, BayerRGPacked, Mipi, 12)   \
-  ROW(X, BayerGB12g24Qrv, 0x40000012, BayerGBPacked, Mipi, 12)   \
-  ROW(X, BayerGR12g24Qrv, 0x40000013, BayerGRPacked, Mipi, 12)   \
-  ROW(X, BayerBG12g24Qrv, 0x40000014, BayerBGPacked, Mipi, 12)   \
+#define KORVEL_PIXEL_FORMAT_TABLE(ROW, X)                          \
+  ROW(X, Mono8, 0x01080001, Mono, Unpacked, 8)                     \
+  ROW(X, BayerGR8, 0x01080008, BayerGR, Unpacked, 8)               \
+  ROW(X, BayerRG8, 0x01080009, BayerRG, Unpacked, 8)               \
+  ROW(X, BayerGB8, 0x0108000A, BayerGB, Unpacked, 8)               \
+  ROW(X, BayerBG8, 0x0108000B, BayerBG, Unpacked, 8)               \
+  ROW(X, Mono10p, 0x010A0046, MonoPacked, NoAlignment, 10)         \
+  ROW(X, BayerBG10p, 0x010A0052, BayerBGPacked, NoAlignment, 10)   \
+  ROW(X, BayerGB10p, 0x010A0054, BayerGBPacked, NoAlignment, 10)   \
+  ROW(X, BayerGR10p, 0x010A0056, BayerGRPacked, NoAlignment, 10)   \
+  ROW(X, BayerRG10p, 0x010A0058, BayerRGPacked, NoAlignment, 10)   \
+  ROW(X, Mono12p, 0x010C0047, MonoPacked, NoAlignment, 12)         \
+  ROW(X, BayerBG12p, 0x010C0053, BayerBGPacked, NoAlignment, 12)   \
+  ROW(X, BayerGB12p, 0x010C0055, BayerGBPacked, NoAlignment, 12)   \
+  ROW(X, BayerGR12p, 0x010C0057, BayerGRPacked, NoAlignment, 12)   \
+  ROW(X, BayerRG12p, 0x010C0059, BayerRGPacked, NoAlignment, 12)   \
+  ROW(X, Mono10, 0x01100003, Mono, Unpacked, 10)                   \
+  ROW(X, Mono12, 0x01100005, Mono, Unpacked, 12)                   \
+  ROW(X, BayerGR10, 0x0110000C, BayerGR, Unpacked, 10)             \
+  ROW(X, BayerRG10, 0x0110000D, BayerRG, Unpacked, 10)             \
+  ROW(X, BayerGB10, 0x0110000E, BayerGB, Unpacked, 10)             \
+  ROW(X, BayerBG10, 0x0110000F, BayerBG, Unpacked, 10)             \
+  ROW(X, BayerGR12, 0x01100010, BayerGR, Unpacked, 12)             \
+  ROW(X, BayerRG12, 0x01100011, BayerRG, Unpacked, 12)             \
+  ROW(X, BayerGB12, 0x01100012, BayerGB, Unpacked, 12)             \
+  ROW(X, BayerBG12, 0x01100013, BayerBG, Unpacked, 12)             \
+  ROW(X, RGB8, 0x02180014, RGB, Unpacked, 8)                       \
+  ROW(X, BGR8, 0x02180015, BGR, Unpacked, 8)                       \
+  ROW(X, RGBa8, 0x02200016, RGBa, Unpacked, 8)                     \
+  ROW(X, BGRa8, 0x02200017, BGRa, Unpacked, 8)                     \
+  ROW(X, RGB10p32, 0x0220001D, RGB10p32, Word32, 10)               \
+  ROW(X, BGR10p32, 0x0220001E, BGR10p32, Word32, 10)               \
+  ROW(X, RGB10, 0x02300018, RGB, Unpacked, 10)                     \
+  ROW(X, BGR10, 0x02300019, BGR, Unpacked, 10)                     \
+  ROW(X, RGB12, 0x0230001A, RGB, Unpacked, 12)                     \
+  ROW(X, BGR12, 0x0230001B, BGR, Unpacked, 12)                     \
+  ROW(X, BGRa10, 0x0240004C, BGRa, Unpacked, 10)                   \
+  ROW(X, BGRa12, 0x0240004E, BGRa, Unpacked, 12)                   \
+  ROW(X, RGBa10, 0x0240005F, RGBa, Unpacked, 10)                   \
+  ROW(X, RGBa12, 0x02400061, RGBa, Unpacked, 12)                   \
+  ROW(X, BayerRG10g40Qrv, 0x40000001, BayerRGPacked, Mipi, 10)     \
+  ROW(X, BayerGB10g40Qrv, 0x40000002, BayerGBPacked, Mipi, 10)     \
+  ROW(X, BayerGR10g40Qrv, 0x40000003, BayerGRPacked, Mipi, 10)     \
+  ROW(X, BayerBG10g40Qrv, 0x40000004, BayerBGPacked, Mipi, 10)     \
+  ROW(X, Mono10g40Qrv, 0x4000000F, MonoPacked, Mipi, 10)           \
+  ROW(X, BayerRG12g24Qrv, 0x40000011, BayerRGPacked, Mipi, 12)     \
+  ROW(X, BayerGB12g24Qrv, 0x40000012, BayerGBPacked, Mipi, 12)     \
+  ROW(X, BayerGR12g24Qrv, 0x40000013, BayerGRPacked, Mipi, 12)     \
+  ROW(X, BayerBG12g24Qrv, 0x40000014, BayerBGPacked, Mipi, 12)     \
   ROW(X, Mono12g24Qrv, 0x4000001F, MonoPacked, Mipi, 12)
 
 /*
@@ -138,8 +138,8 @@ enum {
 /* The ids as constants: KORVEL_PIXEL_FORMAT_Mono8, KORVEL_PIXEL_FORMAT_BayerRG12p, ... Functions take a uint32_t. */
 #define KORVEL_DETAIL_FORMAT_CONSTANT(name, id) KORVEL_PIXEL_FORMAT_##name = id,
 enum {
-  KORVEL_PIXEL_FORMATS(KORVEL_DETAIL_FORMAT_CONSTANT) KORVEL_PIXEL_FORMAT_Invalid =
-      0 /* no format; an image of it has one byte per pixel and no meaning */
+  KORVEL_PIXEL_FORMATS(KORVEL_DETAIL_FORMAT_CONSTANT)
+  KORVEL_PIXEL_FORMAT_Invalid = 0 /* no format; an image of it has one byte per pixel and no meaning */
 };
 #undef KORVEL_DETAIL_FORMAT_CONSTANT
 
@@ -147,6 +147,11 @@ enum {
 typedef uint32_t KORVEL_ENDIANNESS;
 
 enum { KORVEL_ENDIANNESS_Little = 0 };
+
+/* ------------------------------------------------------------------------------------------------------ handles -- */
+
+/* Each kind of object has a handle type of its own. Null is never a valid handle. */
+typedef struct KORVEL_IMAGE_HANDLE_S* KORVEL_IMAGE_HANDLE;
 
 /* ------------------------------------------------------------------------------------------------------ library -- */
 
@@ -200,6 +205,64 @@ KORVEL_API KORVEL_RETURN_CODE KORVEL_PixelFormat_GetEndianness(uint32_t pixelFor
  */
 KORVEL_API KORVEL_RETURN_CODE KORVEL_PixelFormat_CalculateStorageSizeOfPixels(uint32_t pixelFormat, size_t numPixels,
                                                                               size_t* size);
+
+/* ------------------------------------------------------------------------------------------------------- images -- */
+
+/*
+ * Makes an image in memory of the library's own, all zero. The memory goes with KORVEL_Image_Destruct.
+ * KORVEL_PIXEL_FORMAT_Invalid may have a width or height of 0; such an image has no data.
+ *
+ * InvalidArgument  imageHandle is null
+ * OutOfRange       width or height is 0
+ * Error            no public format has this id, or the memory can't be had
+ */
+KORVEL_API KORVEL_RETURN_CODE KORVEL_Image_Construct(uint32_t pixelFormat, size_t width, size_t height,
+                                                     KORVEL_IMAGE_HANDLE* imageHandle);
+
+/*
+ * Makes an image over the caller's memory; nothing is copied. buffer must hold bufferSize bytes, at least those of
+ * width * height pixels; it needs no alignment. It stays the caller's and must stay valid until the handle, and all
+ * that was made over the same memory, is gone. What the library writes to this image lands in buffer.
+ *
+ * InvalidArgument  buffer or imageHandle is null, or bufferSize is too small
+ * OutOfRange       width or height is 0
+ * Error            no public format has this id
+ */
+KORVEL_API KORVEL_RETURN_CODE KORVEL_Image_ConstructFromBuffer(uint32_t pixelFormat, uint8_t* buffer,
+                                                               size_t bufferSize, size_t width, size_t height,
+                                                               KORVEL_IMAGE_HANDLE* imageHandle);
+
+/*
+ * Properties of an image. KORVEL_Image_GetData gives the first byte of the pixels, null for an image without data.
+ * The pointer is valid as long as the handle.
+ *
+ * InvalidHandle    imageHandle is not known
+ * InvalidArgument  the result pointer is null
+ */
+KORVEL_API KORVEL_RETURN_CODE KORVEL_Image_GetWidth(KORVEL_IMAGE_HANDLE imageHandle, size_t* width);
+KORVEL_API KORVEL_RETURN_CODE KORVEL_Image_GetHeight(KORVEL_IMAGE_HANDLE imageHandle, size_t* height);
+KORVEL_API KORVEL_RETURN_CODE KORVEL_Image_GetByteCount(KORVEL_IMAGE_HANDLE imageHandle, size_t* byteCount);
+KORVEL_API KORVEL_RETURN_CODE KORVEL_Image_GetPixelFormat(KORVEL_IMAGE_HANDLE imageHandle, uint32_t* pixelFormat);
+KORVEL_API KORVEL_RETURN_CODE KORVEL_Image_GetData(KORVEL_IMAGE_HANDLE imageHandle, uint8_t** data);
+
+/*
+ * Address of the pixel at column xPos and row yPos, both from 0 at the top left. It is exact for every format whose
+ * pixels begin on whole bytes. For the packed formats of one channel it counts two bytes a pixel, which is not where
+ * their pixels lie: walk those from KORVEL_Image_GetData. Offsets wrap at 4 GiB.
+ *
+ * InvalidHandle    imageHandle is not known
+ * InvalidArgument  pixelPointer is null
+ * OutOfRange       the image has no pixels, or the position lies outside it
+ */
+KORVEL_API KORVEL_RETURN_CODE KORVEL_Image_GetPixelPointer(KORVEL_IMAGE_HANDLE imageHandle, size_t xPos, size_t yPos,
+                                                           uint8_t** pixelPointer);
+
+/*
+ * Ends a handle. The image's own memory goes with it; the caller's memory is left alone.
+ *
+ * InvalidHandle    imageHandle is not known
+ */
+KORVEL_API KORVEL_RETURN_CODE KORVEL_Image_Destruct(KORVEL_IMAGE_HANDLE imageHandle);
 
 #ifdef __cplusplus
 }

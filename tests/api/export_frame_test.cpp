@@ -80,7 +80,7 @@ TEST(ExportFrame, TurnsAGenericStatusAndAnyOtherExceptionIntoError) {
 TEST(FillArray, AnswersAQuestionForTheSize) {
   const int elements[] = {7, 8, 9};
   size_t size = 0;
-  EXPECT_EQ(FillArray<int>(elements, 3, nullptr, &size, "*array is too small!"), KORVEL_RETURN_CODE_Success + 0u);
+  EXPECT_EQ(FillArray(elements, 3, static_cast<int*>(nullptr), &size, "*array is too small!"), KORVEL_RETURN_CODE_Success + 0u);
   EXPECT_EQ(size, 3u);
 }
 
@@ -88,7 +88,7 @@ TEST(FillArray, CopiesAndTellsHowMuchOfTheArrayWasUsed) {
   const int elements[] = {7, 8, 9};
   int array[5] = {};
   size_t size = 5;
-  EXPECT_EQ(FillArray<int>(elements, 3, array, &size, "*array is too small!"), KORVEL_RETURN_CODE_Success + 0u);
+  EXPECT_EQ(FillArray(elements, 3, array, &size, "*array is too small!"), KORVEL_RETURN_CODE_Success + 0u);
   EXPECT_EQ(size, 3u);
   EXPECT_EQ(array[2], 9);
   EXPECT_EQ(array[3], 0);
@@ -98,7 +98,7 @@ TEST(FillArray, RefusesAnArrayThatIsOneTooSmall) {
   const int elements[] = {7, 8, 9};
   int array[2] = {1, 2};
   size_t size = 2;
-  EXPECT_EQ(FillArray<int>(elements, 3, array, &size, "*array is too small!"), KORVEL_RETURN_CODE_BufferToSmall + 0u);
+  EXPECT_EQ(FillArray(elements, 3, array, &size, "*array is too small!"), KORVEL_RETURN_CODE_BufferToSmall + 0u);
   EXPECT_EQ(size, 2u);
   EXPECT_EQ(array[0], 1);
   EXPECT_EQ(LastErrorRecord::OfThisThread().Text(), "*array is too small!");

@@ -3,12 +3,45 @@
 #include <gtest/gtest.h>
 
 #include "status/exceptions.h"
+#include "tests/model/format_table.h"
 
 namespace {
 
 using img::PixelFormatId;
 using korvel::internal::ImgException;
 using korvel::internal::ImgStatusCode;
+
+TEST(PixelFormat, EveryQueryAgreesWithTheTableOfAllSixtyFourIds) {
+  ASSERT_EQ(std::size(korvel_test::kFormatTable), 64u);
+  for (const korvel_test::FormatRow& row : korvel_test::kFormatTable) {
+    SCOPED_TRACE(row.name);
+    const PixelFormatId id{row.id};
+    EXPECT_EQ(img::PixelFormatInfo_Name(id), row.name);
+    EXPECT_EQ(static_cast<uint32_t>(img::PixelFormatInfo_Class(id)), row.pixelClass);
+    EXPECT_EQ(static_cast<uint32_t>(img::PixelFormatInfo_Type(id)), row.type);
+    EXPECT_EQ(img::PixelFormatInfo_PixelComponents(id), row.channels);
+    EXPECT_EQ(img::PixelFormatInfo_ComponentSignificantBits(id), row.significantBitsPerChannel);
+    EXPECT_EQ(img::PixelFormatInfo_ComponentStorageBits(id), row.storageBitsPerChannel);
+    EXPECT_EQ(img::PixelFormatInfo_PixelSignificantBits(id), row.significantBitsPerPixel);
+    EXPECT_EQ(img::PixelFormatInfo_PixelStorageBits(id), row.storageBitsPerPixel);
+    EXPECT_EQ(img::PixelFormatInfo_ComponentMaxValue(id), row.maximum);
+    EXPECT_EQ(img::PixelFormatInfo_IsPacked(id), row.packed);
+    EXPECT_EQ(img::PixelFormatInfo_IsBayered(id), row.bayer);
+    EXPECT_EQ(static_cast<uint32_t>(img::PixelFormatInfo_RawFormat(id)), row.rawFormat);
+    EXPECT_EQ(static_cast<uint32_t>(img::PixelFormatInfo_ByteOrder(id)), 0u);
+    for (const size_t pixels : {0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 1000, 1001, 1002, 1003}) {
+      EXPECT_EQ(img::PixelFormatInfo_CalcSizeOfPixels(id, pixels), korvel_test::BytesOfRun(row.runBytes, pixels));
+    }
+    const size_t wrapping = (size_t{1} << 63) + 5;
+    EXPECT_EQ(img::PixelFormatInfo_CalcSizeOfPixels(id, wrapping), korvel_test::BytesOfRun(row.runBytes, wrapping));
+  }
+}
+
+// Every id of the library's list, so that none is missing from the table.
+#define KORVEL_COUNT(name) +1
+static_assert(KORVEL_FOR_EACH_PUBLIC_FORMAT(KORVEL_COUNT) == 49);
+static_assert(KORVEL_FOR_EACH_RAW_FORMAT(KORVEL_COUNT) == 14);
+#undef KORVEL_COUNT
 
 TEST(PixelFormat, PackedRunsRoundUpOnce) {
   const auto bytes = img::PixelFormatInfo_CalcSizeOfPixels;

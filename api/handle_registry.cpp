@@ -1,0 +1,53 @@
+#include "api/handle_registry.h"
+
+namespace korvel::internal {
+
+Handle ImageHandleMap::AddImage(Buffer buffer) {
+  const std::lock_guard lock(mutex_);
+  if (handlesByBuffer_.contains(buffer.get())) throw std::runtime_error("Given imageBuffer was already added!");
+  auto cell = std::make_shared<Buffer>(std::move(buffer));
+  const auto handle = reinterpret_cast<Handle>(cell.get());
+  const auto entry = handlesByBuffer_.emplace(cell->get(), handle).first;
+  try {
+    imagesByHandle_.emplace(handle, std::move(cell));
+  } catch (...) {
+    handlesByBuffer_.erase(entry);
+    throw;
+  }
+  return handle;
+}
+
+ImageHandleMap::Buffer ImageHandleMap::FindImage(Handle handle) const {
+  const std::lock_guard lock(mutex_);
+  const auto found = imagesByHandle_.find(handle);
+  return found == imagesByHandle_.end() ? nullptr : *found->second;
+}
+
+ImageHandleMap::Buffer ImageHandleMap::RemoveImage(Handle handle) {
+  const std::lock_guard lock(mutex_);
+  const auto node = imagesByHandle_.extract(handle);
+  if (node.empty()) return nullptr;
+  handlesByBuffer_.erase(node.mapped()->get());
+  return std::move(*node.mapped());
+}
+
+void ImageHandleMap::ReplaceImage(Handle handle, Buffer newBuffer) {
+  // Outlives the lock, so that the old buffer's end, if this was its last reference, comes outside it.
+  Buffer oldBuffer;
+  const std::lock_guard lock(mutex_);
+  const auto found = imagesByHandle_.find(handle);
+  if (found == imagesByHandle_.end()) {
+    throw std::runtime_error("Cannot replace image buffer since given imageHandle is invalid!");
+  }
+  // An entry that is there already stays as it is. The new entry is made first, so that a failure changes nothing.
+  handlesByBuffer_.try_emplace(newBuffer.get(), handle);
+  if (found->second->get() != newBuffer.get()) handlesByBuffer_.erase(found->second->get());
+  oldBuffer = std::exchange(*found->second, std::move(newBuffer));
+}
+
+HandleRegistry& HandleRegistry::Instance() {
+  static HandleRegistry registry;
+  return registry;
+}
+
+}  // namespace korvel::internal

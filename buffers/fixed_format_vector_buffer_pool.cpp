@@ -1,0 +1,105 @@
+#include "buffers/fixed_format_vector_buffer_pool.h"
+
+#include <utility>
+
+#include "buffers/pooled_image_buffer.h"
+#include "status/exceptions.h"
+
+namespace img::buffer {
+
+using korvel::internal::ImgStatusCode;
+using korvel::internal::ThrowStatus;
+
+FixedFormatVectorBufferPool::FixedFormatVectorBufferPool(size_t bufferByteCount, size_t numBuffers, size_t bufferLimit,
+                                                         std::weak_ptr<IfcBufferFactory> parent)
+    : bufferByteCount_(bufferByteCount),
+      numBuffersWanted_(numBuffers),
+      bufferLimit_(bufferLimit),
+      parent_(std::move(parent)) {
+  MakeFreeBuffers(numBuffersWanted_);
+}
+
+std::shared_ptr<IfcImageBuffer> FixedFormatVectorBufferPool::AllocBuffer(PixelFormatId format, const Size2D& size) {
+  const std::lock_guard lock(mutex_);
+  const size_t byteCount = PixelFormatInfo_CalcSizeOfPixels(format, size.width * size.height);
+  // A size whose bytes are right only because they wrap isn't.
+  if (byteCount != bufferByteCount_ || !CheckedByteCount(*FindFacts(format), size)) {
+    ThrowStatus<cfg_libimg::Modules::Buffer>(
+        ImgStatusCode::InvalidParameterUtilx,
+        "virtual std::shared_ptr<IfcImageBuffer> img::buffer::FixedFormatVectorBufferPool::AllocBuffer("
+        "img::PixelFormatId, const img::Size2D &)",
+        "Pool: Invalid buffer format!");
+  }
+  std::shared_ptr<IfcFixedFormatBufferPool> self = shared_from_this();
+  if (freeList_.empty()) freeList_.push_back(AllocBuffer());
+  const size_t key = freeList_.back();
+  // The memory leaves the free list only once its new holder exists.
+  auto made = PooledImageBuffer::CreateBuffer(format, storage_.at(key).empty() ? nullptr : storage_.at(key).data(),
+                                              size, key, std::move(self), parent_.lock());
+  freeList_.pop_back();
+  return made;
+}
+
+size_t FixedFormatVectorBufferPool::AllocBuffer() {
+  if (storage_.size() == bufferLimit_) {
+    ThrowStatus<cfg_libimg::Modules::Buffer>(ImgStatusCode::ResourceExhaustedUtilx,
+                                             "size_t img::buffer::FixedFormatVectorBufferPool::AllocBuffer()",
+                                             "Buffer pool exhausted! (Reached buffer limit)");
+  }
+  std::vector<uint8_t> memory(bufferByteCount_);
+  const auto key = reinterpret_cast<size_t>(memory.empty() ? nullptr : memory.data());
+  storage_.emplace(key, std::move(memory));
+  return key;
+}
+
+void FixedFormatVectorBufferPool::MakeFreeBuffers(size_t numBuffers) {
+  // Counts buffers made, not entries: memory of length 0 has one entry however often it is made.
+  for (size_t made = storage_.size(); made < numBuffers; ++made) freeList_.push_back(AllocBuffer());
+}
+
+void FixedFormatVectorBufferPool::Reset() {
+  std::unique_lock lock(mutex_);
+  allFree_.wait(lock, [this] { return AllFree(); });
+  freeList_.clear();
+  storage_.clear();
+  MakeFreeBuffers(numBuffersWanted_);
+}
+
+void FixedFormatVectorBufferPool::WaitUntilAllFree() {
+  std::unique_lock lock(mutex_);
+  allFree_.wait(lock, [this] { return AllFree(); });
+}
+
+size_t FixedFormatVectorBufferPool::NumBuffers() const {
+  const std::lock_guard lock(mutex_);
+  return storage_.size();
+}
+
+size_t FixedFormatVectorBufferPool::NumBuffersInUse() const {
+  const std::lock_guard lock(mutex_);
+  return AllFree() ? 0 : storage_.size() - freeList_.size();
+}
+
+size_t FixedFormatVectorBufferPool::TotalByteCount() const { return BufferByteCount() * NumBuffers(); }
+
+void FixedFormatVectorBufferPool::SetNumBuffersWanted(size_t numBuffers) {
+  numBuffersWanted_ = numBuffers;
+  MakeFreeBuffers(numBuffers);
+}
+
+void FixedFormatVectorBufferPool::ReleaseBuffer(size_t key) {
+  const std::lock_guard lock(mutex_);
+  if (storage_.size() <= bufferLimit_) {
+    freeList_.push_back(key);
+  } else {
+    storage_.erase(key);
+  }
+  allFree_.notify_all();
+}
+
+std::shared_ptr<IfcFixedFormatBufferPool> FixedFormatVectorBufferPool::Factory::Create(
+    size_t bufferByteCount, size_t numBuffers, size_t bufferLimit, std::weak_ptr<IfcBufferFactory> parent) {
+  return std::make_shared<FixedFormatVectorBufferPool>(bufferByteCount, numBuffers, bufferLimit, std::move(parent));
+}
+
+}  // namespace img::buffer

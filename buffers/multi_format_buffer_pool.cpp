@@ -1,0 +1,90 @@
+#include "buffers/multi_format_buffer_pool.h"
+
+#include <algorithm>
+#include <limits>
+#include <new>
+#include <utility>
+
+#include "core/memory_limit.h"
+
+namespace img::buffer {
+namespace {
+
+size_t MostBuffers(size_t byteCount) { return LargestAllocation() / std::max<size_t>(byteCount, 1); }
+
+}  // namespace
+
+MultiFormatBufferPool::MultiFormatBufferPool(std::shared_ptr<IfcFixedFormatBufferPoolFactory> factory,
+                                             size_t defaultNumBuffers)
+    : factory_(std::move(factory)), defaultNumBuffers_(defaultNumBuffers) {}
+
+std::shared_ptr<IfcImageBuffer> MultiFormatBufferPool::AllocBuffer(PixelFormatId format, const Size2D& size) {
+  const size_t byteCount = ByteCountToAllocate(format, size);
+  size_t numBuffers = 0;
+  {
+    const std::lock_guard lock(mutex_);
+    // A number that was meant for small images must not exhaust the memory with large ones.
+    numBuffers = std::min(defaultNumBuffers_, MostBuffers(byteCount));
+  }
+  return FindPool(byteCount, numBuffers)->AllocBuffer(format, size);
+}
+
+std::shared_ptr<IfcFixedFormatBufferPool> MultiFormatBufferPool::FindPool(size_t byteCount, size_t numBuffers) {
+  {
+    const std::lock_guard lock(mutex_);
+    const auto found = pools_.find(byteCount);
+    if (found != pools_.end() && found->second) return found->second;
+  }
+  // Taking memory is slow, so it happens outside the lock. If another thread was faster, its pool is used.
+  auto made = factory_->Create(byteCount, numBuffers, std::numeric_limits<size_t>::max(), weak_from_this());
+  const std::lock_guard lock(mutex_);
+  std::shared_ptr<IfcFixedFormatBufferPool>& entry = pools_[byteCount];
+  if (!entry) entry = std::move(made);
+  return entry;
+}
+
+void MultiFormatBufferPool::Reset() {
+  std::map<size_t, std::shared_ptr<IfcFixedFormatBufferPool>> released;
+  const std::lock_guard lock(mutex_);
+  released.swap(pools_);
+}
+
+void MultiFormatBufferPool::WaitUntilAllFree() {
+  const std::lock_guard lock(mutex_);
+  for (const auto& [byteCount, pool] : pools_) pool->WaitUntilAllFree();
+}
+
+size_t MultiFormatBufferPool::NumBuffers() const {
+  const std::lock_guard lock(mutex_);
+  size_t sum = 0;
+  for (const auto& [byteCount, pool] : pools_) sum += pool->NumBuffers();
+  return sum;
+}
+
+size_t MultiFormatBufferPool::NumBuffersInUse() const {
+  const std::lock_guard lock(mutex_);
+  size_t sum = 0;
+  for (const auto& [byteCount, pool] : pools_) sum += pool->NumBuffersInUse();
+  return sum;
+}
+
+size_t MultiFormatBufferPool::TotalByteCount() const {
+  const std::lock_guard lock(mutex_);
+  size_t sum = 0;
+  for (const auto& [byteCount, pool] : pools_) sum += pool->TotalByteCount();
+  return sum;
+}
+
+size_t MultiFormatBufferPool::PreAllocate(PixelFormatId format, const Size2D& size, size_t numBuffers) {
+  const size_t byteCount = ByteCountToAllocate(format, size);
+  if (numBuffers > MostBuffers(byteCount)) throw std::bad_alloc();
+  {
+    const std::lock_guard lock(mutex_);
+    defaultNumBuffers_ = numBuffers;
+  }
+  const std::shared_ptr<IfcFixedFormatBufferPool> pool = FindPool(byteCount, numBuffers);
+  if (pool->NumBuffers() < numBuffers) pool->SetNumBuffersWanted(numBuffers);
+  return pool->NumBuffers();
+}
+
+}  // namespace img::buffer

@@ -1,0 +1,15 @@
+#include "core/memory_limit.h"
+
+#include <unistd.h>
+
+#include <limits>
+
+size_t img::LargestAllocation() {
+  static const size_t limit = [] {
+    const long pages = sysconf(_SC_PHYS_PAGES);
+    const long pageSize = sysconf(_SC_PAGE_SIZE);
+    if (pages <= 0 || pageSize <= 0) return std::numeric_limits<size_t>::max() / 2;
+    return static_cast<size_t>(pages) / 2 * static_cast<size_t>(pageSize);
+  }();
+  return limit;
+}

@@ -1,0 +1,12 @@
+// The one bound on the memory that the library takes for a single image or a pool's images.
+#pragma once
+
+#include <cstddef>
+
+namespace img {
+
+// Half of the physical memory. A system that promises more memory than it has ends the process when the promise is
+// called in, so the library refuses before it asks.
+size_t LargestAllocation();
+
+}  // namespace img
