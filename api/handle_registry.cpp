@@ -3,9 +3,9 @@
 namespace korvel::internal {
 
 Handle ImageHandleMap::AddImage(Buffer buffer) {
-  const std::lock_guard lock(mutex_);
-  if (handlesByBuffer_.contains(buffer.get())) throw std::runtime_error("Given imageBuffer was already added!");
   auto cell = std::make_shared<Buffer>(std::move(buffer));
+  const std::lock_guard lock(mutex_);
+  if (handlesByBuffer_.contains(cell->get())) throw std::runtime_error("Given imageBuffer was already added!");
   const auto handle = reinterpret_cast<Handle>(cell.get());
   const auto entry = handlesByBuffer_.emplace(cell->get(), handle).first;
   try {

@@ -1,5 +1,6 @@
 #include "buffers/fixed_format_vector_buffer_pool.h"
 
+#include <iterator>
 #include <utility>
 
 #include "buffers/pooled_image_buffer.h"
@@ -36,7 +37,7 @@ std::shared_ptr<IfcImageBuffer> FixedFormatVectorBufferPool::AllocBuffer(PixelFo
   // The memory leaves the free list only once its new holder exists.
   auto made = PooledImageBuffer::CreateBuffer(format, storage_.at(key).empty() ? nullptr : storage_.at(key).data(),
                                               size, key, std::move(self), parent_.lock());
-  freeList_.pop_back();
+  nodesInUse_.splice(nodesInUse_.end(), freeList_, std::prev(freeList_.end()));
   return made;
 }
 
@@ -89,9 +90,12 @@ void FixedFormatVectorBufferPool::SetNumBuffersWanted(size_t numBuffers) {
 
 void FixedFormatVectorBufferPool::ReleaseBuffer(size_t key) {
   const std::lock_guard lock(mutex_);
+  if (nodesInUse_.empty()) return;  // nothing is in use
   if (storage_.size() <= bufferLimit_) {
-    freeList_.push_back(key);
+    nodesInUse_.front() = key;
+    freeList_.splice(freeList_.end(), nodesInUse_, nodesInUse_.begin());
   } else {
+    nodesInUse_.pop_front();
     storage_.erase(key);
   }
   allFree_.notify_all();

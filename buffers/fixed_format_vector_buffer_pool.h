@@ -49,6 +49,8 @@ class FixedFormatVectorBufferPool final : public IfcFixedFormatBufferPool {
   // By the address of their bytes. All memory of length 0 shares the key 0.
   std::map<size_t, std::vector<uint8_t>> storage_;
   std::list<size_t> freeList_;
+  // The list nodes of buffers in use. A release puts one back with the key, so that it needs no memory and can't fail.
+  std::list<size_t> nodesInUse_;
   mutable std::mutex mutex_;
   std::condition_variable allFree_;
 };

@@ -8,12 +8,6 @@
 #include "core/memory_limit.h"
 
 namespace img::buffer {
-namespace {
-
-size_t MostBuffers(size_t byteCount) { return LargestAllocation() / std::max<size_t>(byteCount, 1); }
-
-}  // namespace
-
 MultiFormatBufferPool::MultiFormatBufferPool(std::shared_ptr<IfcFixedFormatBufferPoolFactory> factory,
                                              size_t defaultNumBuffers)
     : factory_(std::move(factory)), defaultNumBuffers_(defaultNumBuffers) {}
@@ -24,7 +18,7 @@ std::shared_ptr<IfcImageBuffer> MultiFormatBufferPool::AllocBuffer(PixelFormatId
   {
     const std::lock_guard lock(mutex_);
     // A number that was meant for small images must not exhaust the memory with large ones.
-    numBuffers = std::min(defaultNumBuffers_, MostBuffers(byteCount));
+    numBuffers = std::min(defaultNumBuffers_, MostAllocations(byteCount));
   }
   return FindPool(byteCount, numBuffers)->AllocBuffer(format, size);
 }
@@ -77,7 +71,7 @@ size_t MultiFormatBufferPool::TotalByteCount() const {
 
 size_t MultiFormatBufferPool::PreAllocate(PixelFormatId format, const Size2D& size, size_t numBuffers) {
   const size_t byteCount = ByteCountToAllocate(format, size);
-  if (numBuffers > MostBuffers(byteCount)) throw std::bad_alloc();
+  if (numBuffers > MostAllocations(byteCount)) throw std::bad_alloc();
   {
     const std::lock_guard lock(mutex_);
     defaultNumBuffers_ = numBuffers;

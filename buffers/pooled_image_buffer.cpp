@@ -59,8 +59,11 @@ std::shared_ptr<IfcImageBuffer> PooledImageBuffer::CreateBuffer(PixelFormatId fo
                                                                 size_t key,
                                                                 std::shared_ptr<IfcFixedFormatBufferPool> pool,
                                                                 std::shared_ptr<IfcBufferFactory> factory) {
-  return MakeFormatClass<TPooledImageBuffer, IfcImageBuffer>(format, data, size, key, std::move(pool),
-                                                             std::move(factory));
+  std::shared_ptr<IfcImageBuffer> buffer =
+      MakeFormatClass<TPooledImageBuffer, IfcImageBuffer>(format, data, size, key, std::move(pool), std::move(factory));
+  // The claim to the memory passes over last, so that a failure on the way here releases nothing.
+  dynamic_cast<PooledImageBuffer&>(*buffer).detached_ = false;
+  return buffer;
 }
 
 }  // namespace img::buffer

@@ -28,7 +28,8 @@ class PooledImageBuffer {
 
   size_t key_;
   std::shared_ptr<IfcFixedFormatBufferPool> pool_;
-  bool detached_ = false;
+  // True while the memory's claim is another buffer's: before this buffer is complete, and once another has taken it.
+  bool detached_ = true;
   uint8_t* data_;
   std::shared_ptr<IfcBufferFactory> factory_;
 };

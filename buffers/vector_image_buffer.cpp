@@ -51,7 +51,11 @@ std::shared_ptr<IfcImageBuffer> VectorImageBuffer::CreateBuffer(PixelFormatId fo
     RequireNotEmpty(size,
                     "static std::shared_ptr<IfcImageBuffer> img::buffer::VectorImageBuffer::CreateBuffer("
                     "img::PixelFormatId, std::vector<uint8_t> &&, const img::Size2D &)");
-  return MakeFormatClass<TVectorImageBuffer, IfcImageBuffer>(format, std::move(storage), size);
+  std::shared_ptr<IfcImageBuffer> buffer =
+      MakeFormatClass<TVectorImageBuffer, IfcImageBuffer>(format, std::vector<uint8_t>(), size);
+  // The bytes move last, so that a failure on the way here leaves them where they were.
+  dynamic_cast<VectorImageBuffer&>(*buffer).storage_ = std::move(storage);
+  return buffer;
 }
 
 }  // namespace img::buffer

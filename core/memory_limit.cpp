@@ -13,3 +13,10 @@ size_t img::LargestAllocation() {
   }();
   return limit;
 }
+
+size_t img::MostAllocations(size_t byteCount) {
+  // The heads of the blocks and the nodes of the containers that hold them, generously.
+  constexpr size_t kBookkeeping = 256;
+  const size_t limit = LargestAllocation();
+  return byteCount > limit ? 0 : limit / (byteCount + kBookkeeping);
+}

@@ -109,7 +109,8 @@ template <PixelFormatId formatId>
 std::unique_ptr<IfcImage> TImage<formatId>::Clone() const {
   if (const std::shared_ptr<buffer::IfcBufferFactory> factory = buffer_->Factory()) return Clone(*factory);
   if (buffer_->ByteCount() != ByteCount()) return nullptr;
-  return std::make_unique<TImage>(buffer_->Clone());
+  const std::shared_ptr<buffer::IfcImageBuffer> copy = buffer_->Clone();
+  return copy ? std::make_unique<TImage>(copy) : nullptr;
 }
 
 template <PixelFormatId formatId>

@@ -1,0 +1,95 @@
+// What buffers and pools keep when memory runs out in the middle of a call. A program of its own, since it replaces the
+// allocation functions.
+
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+#include <new>
+
+#include "buffers/fixed_format_vector_buffer_pool.h"
+#include "buffers/vector_image_buffer.h"
+
+namespace {
+
+// The allocation of this thread that fails, counted down; negative for none.
+thread_local long allocationsUntilFailure = -1;
+
+void* AllocateOrFail(std::size_t size) {
+  if (allocationsUntilFailure >= 0 && allocationsUntilFailure-- == 0) throw std::bad_alloc();
+  if (void* const memory = std::malloc(size == 0 ? 1 : size)) return memory;
+  throw std::bad_alloc();
+}
+
+}  // namespace
+
+void* operator new(std::size_t size) { return AllocateOrFail(size); }
+void* operator new[](std::size_t size) { return AllocateOrFail(size); }
+void operator delete(void* memory) noexcept { std::free(memory); }
+void operator delete[](void* memory) noexcept { std::free(memory); }
+void operator delete(void* memory, std::size_t) noexcept { std::free(memory); }
+void operator delete[](void* memory, std::size_t) noexcept { std::free(memory); }
+
+namespace {
+
+using img::PixelFormatId;
+using img::Size2D;
+using img::buffer::FixedFormatVectorBufferPool;
+using img::buffer::IfcBufferFactory;
+using img::buffer::IfcImageBuffer;
+using img::buffer::VectorImageBuffer;
+
+constexpr Size2D kSize{4, 4};
+
+// Runs operation once for each of its allocations, which then fails, and check after each failure; returns how many
+// there were.
+template <class Operation, class Check>
+long FailEachAllocation(Operation&& operation, Check&& check) {
+  for (long failing = 0;; ++failing) {
+    allocationsUntilFailure = failing;
+    try {
+      operation();
+      allocationsUntilFailure = -1;
+      return failing;
+    } catch (const std::bad_alloc&) {
+      allocationsUntilFailure = -1;
+      SCOPED_TRACE(failing);
+      check();
+    }
+  }
+}
+
+TEST(OutOfMemory, LeavesAPoolsMemoryFree) {
+  const auto pool = std::make_shared<FixedFormatVectorBufferPool>(16, 1, 2, std::weak_ptr<IfcBufferFactory>());
+  std::shared_ptr<IfcImageBuffer> buffer;
+  const long allocations = FailEachAllocation([&] { buffer = pool->AllocBuffer(PixelFormatId::BayerRG8, kSize); },
+                                              [&] { EXPECT_EQ(pool->NumBuffersInUse(), 0u); });
+  EXPECT_GE(allocations, 1);
+  EXPECT_EQ(pool->NumBuffersInUse(), 1u);
+  EXPECT_EQ(pool->NumBuffers(), 1u);
+}
+
+TEST(OutOfMemory, LeavesTheClaimToAPoolsMemoryWhereItWas) {
+  const auto pool = std::make_shared<FixedFormatVectorBufferPool>(16, 1, 2, std::weak_ptr<IfcBufferFactory>());
+  std::shared_ptr<IfcImageBuffer> buffer = pool->AllocBuffer(PixelFormatId::BayerRG8, kSize);
+  std::shared_ptr<IfcImageBuffer> changed;
+  const long allocations = FailEachAllocation([&] { changed = buffer->ChangeFormat(PixelFormatId::BayerGR8); },
+                                              [&] { EXPECT_EQ(pool->NumBuffersInUse(), 1u); });
+  EXPECT_GE(allocations, 1);
+  buffer.reset();
+  EXPECT_EQ(pool->NumBuffersInUse(), 1u);
+  changed.reset();
+  EXPECT_EQ(pool->NumBuffersInUse(), 0u);
+}
+
+TEST(OutOfMemory, LeavesTheBytesOfAVectorWhereTheyWere) {
+  const auto buffer = VectorImageBuffer::AllocBuffer(PixelFormatId::BayerRG8, kSize);
+  const uint8_t* const data = buffer->Data();
+  std::shared_ptr<IfcImageBuffer> changed;
+  const long allocations = FailEachAllocation([&] { changed = buffer->ChangeFormat(PixelFormatId::BayerGR8); },
+                                              [&] { EXPECT_EQ(buffer->Data(), data); });
+  EXPECT_GE(allocations, 1);
+  EXPECT_EQ(changed->Data(), data);
+  EXPECT_EQ(buffer->Data(), nullptr);
+}
+
+}  // namespace
