@@ -1,0 +1,189 @@
+#include "processing/conversion/unpack_packed.h"
+
+#include <algorithm>
+#include <string>
+#include <type_traits>
+
+#include "core/typed_image.h"
+#include "processing/conversion/unaligned.h"
+#include "status/exceptions.h"
+
+namespace img::processing {
+namespace {
+
+constexpr size_t k10BitGroupBytes = 5;
+constexpr size_t k10BitGroupSamples = 4;
+constexpr size_t k12BitGroupBytes = 3;
+constexpr size_t k12BitGroupSamples = 2;
+constexpr size_t kWordBytes = 4;
+constexpr size_t kWordSamples = 3;
+
+void Store(uint8_t* output, size_t index, unsigned value) { StoreSample(output, index, static_cast<uint16_t>(value)); }
+
+// Sample i of a little-endian stream of 10-bit values.
+unsigned Sample10p(const uint8_t* group, size_t i) {
+  const unsigned low = group[i] >> (2 * i);
+  const unsigned high = group[i + 1] & ((4u << (2 * i)) - 1);
+  return low | high << (8 - 2 * i);
+}
+
+unsigned FirstSample12p(const uint8_t* group) { return group[0] | (group[1] & 15u) << 8; }
+unsigned SecondSample12p(const uint8_t* group) { return group[1] >> 4 | group[2] << 4; }
+
+[[noreturn]] void ThrowCorrupted(const char* className, const FormatFacts& in, const FormatFacts& out,
+                                 const char* layout) {
+  const std::string input = "img::PixelFormatId::" + std::string(in.name);
+  const std::string output = "img::PixelFormatId::" + std::string(out.name);
+  korvel::internal::ThrowStatus<cfg_libimg::Modules::Processing>(
+      korvel::internal::ImgStatusCode::InvalidBufferUtilx,
+      std::string("static void img::processing::") + className + "<" + input + ", " + output +
+          ">::ProcessRaw(const img::TImage<formatIdInput> &, img::TImage<formatIdOutput> &) [formatIdInput = " + input +
+          ", formatIdOutput = " + output + "]",
+      std::string("Corrupted input image for ") + layout + " format.");
+}
+
+}  // namespace
+
+void Unpack10p(const uint8_t* input, size_t byteCount, uint8_t* output) {
+  const size_t groups = byteCount / k10BitGroupBytes;
+  for (size_t group = 0; group < groups; ++group) {
+    const uint8_t* const bytes = input + group * k10BitGroupBytes;
+    uint8_t* const samples = output + group * k10BitGroupSamples * sizeof(uint16_t);
+    for (size_t i = 0; i < k10BitGroupSamples; ++i) Store(samples, i, Sample10p(bytes, i));
+  }
+  const size_t left = byteCount % k10BitGroupBytes;
+  if (left == 0) return;
+  if (left == 1) {
+    ThrowCorrupted("TUnpackPacked_Impl_10Bit", kFacts<PixelFormatId::_RawPackedNoAlignment1Ch10>,
+                   kFacts<PixelFormatId::_RawUnpacked1Ch10>, "10p");
+  }
+  for (size_t i = 0; i < left - 1; ++i) {
+    Store(output, groups * k10BitGroupSamples + i, Sample10p(input + groups * k10BitGroupBytes, i));
+  }
+}
+
+void Unpack12p(const uint8_t* input, size_t byteCount, uint8_t* output) {
+  const size_t groups = byteCount / k12BitGroupBytes;
+  for (size_t group = 0; group < groups; ++group) {
+    const uint8_t* const bytes = input + group * k12BitGroupBytes;
+    Store(output, group * k12BitGroupSamples, FirstSample12p(bytes));
+    Store(output, group * k12BitGroupSamples + 1, SecondSample12p(bytes));
+  }
+  const size_t left = byteCount % k12BitGroupBytes;
+  if (left == 0) return;
+  if (left == 1) {
+    ThrowCorrupted("TUnpackPacked_Impl_12Bit", kFacts<PixelFormatId::_RawPackedNoAlignment1Ch12>,
+                   kFacts<PixelFormatId::_RawUnpacked1Ch12>, "12p");
+  }
+  Store(output, groups * k12BitGroupSamples, FirstSample12p(input + groups * k12BitGroupBytes));
+}
+
+void Unpack10p32(const uint8_t* input, size_t byteCount, uint8_t* output) {
+  const size_t words = byteCount / kWordBytes;
+  for (size_t word = 0; word < words; ++word) {
+    for (size_t i = 0; i < kWordSamples; ++i) {
+      Store(output, word * kWordSamples + i, Sample10p(input + word * kWordBytes, i));
+    }
+  }
+  if (byteCount % kWordBytes != 0) {
+    ThrowCorrupted("TUnpackPacked_Impl_10p32Bit", kFacts<PixelFormatId::_RawPacked10p32>,
+                   kFacts<PixelFormatId::_RawUnpacked3Ch10>, "10p32");
+  }
+}
+
+void Unpack10g40(const uint8_t* input, size_t sampleCount, uint8_t* output) {
+  const size_t groups = sampleCount / k10BitGroupSamples;
+  for (size_t group = 0; group < groups; ++group) {
+    const uint8_t* const bytes = input + group * k10BitGroupBytes;
+    uint8_t* const samples = output + group * k10BitGroupSamples * sizeof(uint16_t);
+    for (size_t i = 0; i < k10BitGroupSamples; ++i) Store(samples, i, bytes[i] << 2u | (bytes[4] >> 2 * i & 3u));
+  }
+  // The low bits of an incomplete group lie beyond the stream.
+  for (size_t i = 0; i < sampleCount % k10BitGroupSamples; ++i) {
+    Store(output, groups * k10BitGroupSamples + i, unsigned{input[groups * k10BitGroupBytes + i]} << 2);
+  }
+}
+
+void Unpack12g24(const uint8_t* input, size_t sampleCount, uint8_t* output) {
+  const size_t groups = sampleCount / k12BitGroupSamples;
+  for (size_t group = 0; group < groups; ++group) {
+    const uint8_t* const bytes = input + group * k12BitGroupBytes;
+    Store(output, group * k12BitGroupSamples, bytes[0] << 4u | (bytes[2] & 15u));
+    Store(output, group * k12BitGroupSamples + 1, bytes[1] << 4u | bytes[2] >> 4u);
+  }
+  if (sampleCount % k12BitGroupSamples != 0) {
+    Store(output, groups * k12BitGroupSamples, unsigned{input[groups * k12BitGroupBytes]} << 4);
+  }
+}
+
+namespace {
+
+// The working instances. An image of any format with the input's layout comes in, so what counts is the layout.
+template <PixelFormatId formatIdInput, PixelFormatId formatIdOutput>
+class TUnpackPacked_Impl : public FormatPairModule<formatIdInput, formatIdOutput> {
+ public:
+  void Process(const IfcImage& input, IfcImage& output) override {
+    const Size2D& size = input.Area().size;
+    const uint8_t* const stream = input.PixelPointer(0, 0);
+    uint8_t* const samples = output.PixelPointer(0, 0);
+    constexpr FormatFacts kInput = kFacts<formatIdInput>;
+    if constexpr (kInput.layout == PixelLayout::Word32) {
+      Unpack10p32(stream, input.ByteCount(), samples);
+    } else if constexpr (kInput.layout == PixelLayout::NoAlignment && kInput.significantBits == 10) {
+      Unpack10p(stream, input.ByteCount(), samples);
+    } else if constexpr (kInput.layout == PixelLayout::NoAlignment) {
+      Unpack12p(stream, input.ByteCount(), samples);
+    } else if constexpr (kInput.significantBits == 10) {
+      Unpack10g40(stream, size.width * size.height, samples);
+    } else {
+      Unpack12g24(stream, size.width * size.height, samples);
+    }
+  }
+};
+
+constexpr bool IsUnpacking(const FormatFacts& from, const FormatFacts& to) {
+  return from.IsPacked() && !to.IsPacked() && from.channels == to.channels &&
+         from.significantBits == to.significantBits;
+}
+
+template <PixelFormatId in, PixelFormatId out>
+class TUnpackPacked : public std::conditional_t<IsUnpacking(kFacts<in>, kFacts<out>), TUnpackPacked_Impl<in, out>,
+                                                ConversionModuleNotImplementedForFormat> {};
+
+PixelClass UnpackedClass(PixelClass packedClass) {
+  switch (packedClass) {
+    case PixelClass::RGB10p32:
+      return PixelClass::RGB;
+    case PixelClass::BGR10p32:
+      return PixelClass::BGR;
+    case PixelClass::BayerBGPacked:
+      return PixelClass::BayerBG;
+    case PixelClass::BayerGBPacked:
+      return PixelClass::BayerGB;
+    case PixelClass::BayerGRPacked:
+      return PixelClass::BayerGR;
+    case PixelClass::BayerRGPacked:
+      return PixelClass::BayerRG;
+    case PixelClass::MonoPacked:
+      return PixelClass::Mono;
+    default:
+      return PixelClass::None;
+  }
+}
+
+}  // namespace
+
+ImageFormat UnpackPacked::GetOutputImageFormat(const ImageFormat& input) {
+  return {input.area,
+          PixelFormatInfo_FromClassAndBits(static_cast<int32_t>(UnpackedClass(PixelFormatInfo_Class(input.format))),
+                                           PixelFormatInfo_ComponentSignificantBits(input.format))};
+}
+
+}  // namespace img::processing
+
+KORVEL_NAME_PAIR_FOR_DISPATCH(img::processing::TUnpackPacked, "TUnpackPacked");
+
+std::unique_ptr<img::processing::IfcConversionProcessingModule> img::processing::UnpackPacked::CreateImpl(
+    PixelFormatId input, PixelFormatId output) {
+  return MakeFormatClass_Raw2Raw_SameBitDepth<TUnpackPacked, IfcConversionProcessingModule>(input, output);
+}
