@@ -14,27 +14,33 @@ MultiFormatBufferPool::MultiFormatBufferPool(std::shared_ptr<IfcFixedFormatBuffe
 
 std::shared_ptr<IfcImageBuffer> MultiFormatBufferPool::AllocBuffer(PixelFormatId format, const Size2D& size) {
   const size_t byteCount = ByteCountToAllocate(format, size);
-  size_t numBuffers = 0;
-  {
-    const std::lock_guard lock(mutex_);
+  std::shared_ptr<IfcFixedFormatBufferPool> pool = FindPool(byteCount);
+  if (!pool) {
     // A number that was meant for small images must not exhaust the memory with large ones.
-    numBuffers = std::min(defaultNumBuffers_, MostAllocations(byteCount));
+    const size_t mostBuffers = MostAllocations(byteCount, TotalByteCount());
+    pool = MakePool(byteCount, std::min(DefaultNumBuffers(), mostBuffers));
   }
-  return FindPool(byteCount, numBuffers)->AllocBuffer(format, size);
+  return pool->AllocBuffer(format, size);
 }
 
-std::shared_ptr<IfcFixedFormatBufferPool> MultiFormatBufferPool::FindPool(size_t byteCount, size_t numBuffers) {
-  {
-    const std::lock_guard lock(mutex_);
-    const auto found = pools_.find(byteCount);
-    if (found != pools_.end() && found->second) return found->second;
-  }
+std::shared_ptr<IfcFixedFormatBufferPool> MultiFormatBufferPool::FindPool(size_t byteCount) const {
+  const std::lock_guard lock(mutex_);
+  const auto found = pools_.find(byteCount);
+  return found == pools_.end() ? nullptr : found->second;
+}
+
+std::shared_ptr<IfcFixedFormatBufferPool> MultiFormatBufferPool::MakePool(size_t byteCount, size_t numBuffers) {
   // Taking memory is slow, so it happens outside the lock. If another thread was faster, its pool is used.
   auto made = factory_->Create(byteCount, numBuffers, std::numeric_limits<size_t>::max(), weak_from_this());
   const std::lock_guard lock(mutex_);
   std::shared_ptr<IfcFixedFormatBufferPool>& entry = pools_[byteCount];
   if (!entry) entry = std::move(made);
   return entry;
+}
+
+size_t MultiFormatBufferPool::DefaultNumBuffers() const {
+  const std::lock_guard lock(mutex_);
+  return defaultNumBuffers_;
 }
 
 void MultiFormatBufferPool::Reset() {
@@ -76,7 +82,8 @@ size_t MultiFormatBufferPool::PreAllocate(PixelFormatId format, const Size2D& si
     const std::lock_guard lock(mutex_);
     defaultNumBuffers_ = numBuffers;
   }
-  const std::shared_ptr<IfcFixedFormatBufferPool> pool = FindPool(byteCount, numBuffers);
+  std::shared_ptr<IfcFixedFormatBufferPool> pool = FindPool(byteCount);
+  if (!pool) pool = MakePool(byteCount, numBuffers);
   if (pool->NumBuffers() < numBuffers) pool->SetNumBuffersWanted(numBuffers);
   return pool->NumBuffers();
 }

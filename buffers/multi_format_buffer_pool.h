@@ -25,7 +25,10 @@ class MultiFormatBufferPool final : public IfcMultiFormatBufferPool {
   size_t PreAllocate(PixelFormatId format, const Size2D& size, size_t numBuffers) override;
 
  private:
-  std::shared_ptr<IfcFixedFormatBufferPool> FindPool(size_t byteCount, size_t numBuffers);
+  // Null if there is none yet.
+  std::shared_ptr<IfcFixedFormatBufferPool> FindPool(size_t byteCount) const;
+  std::shared_ptr<IfcFixedFormatBufferPool> MakePool(size_t byteCount, size_t numBuffers);
+  size_t DefaultNumBuffers() const;
 
   std::shared_ptr<IfcFixedFormatBufferPoolFactory> factory_;
   std::map<size_t, std::shared_ptr<IfcFixedFormatBufferPool>> pools_;  // by byte size

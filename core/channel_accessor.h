@@ -31,6 +31,11 @@ struct PixelTypes {
       std::conditional_t<kFormat.channels == 1, ChannelType, std::array<ChannelType, kFormat.channels>>>;
 };
 
+template <class PixelRepr>
+inline constexpr bool kIsArrayOfThree = false;
+template <class ChannelType>
+inline constexpr bool kIsArrayOfThree<std::array<ChannelType, 3>> = true;
+
 }  // namespace detail
 
 // Get and Set are resolved at compile time and inline to a load or a store.
@@ -77,17 +82,26 @@ class ChannelAccessor {
   static constexpr bool kAddressable = pixelFormat != PixelFormatId::Invalid && !kFormat.IsBitStream();
 };
 
-// A pixel from and to memory of any alignment.
+// A pixel from and to memory of any alignment. The channels of a pixel of three are copied one by one: compilers put a
+// copy of all three together on the stack, which is slow to read back.
 template <PixelFormatId pixelFormat>
 typename ChannelAccessor<pixelFormat>::PixelRepr LoadPixel(const uint8_t* address) {
   typename ChannelAccessor<pixelFormat>::PixelRepr pixel;
-  std::memcpy(&pixel, address, sizeof pixel);
+  if constexpr (detail::kIsArrayOfThree<decltype(pixel)>) {
+    for (size_t i = 0; i < 3; ++i) std::memcpy(&pixel[i], address + i * sizeof pixel[i], sizeof pixel[i]);
+  } else {
+    std::memcpy(&pixel, address, sizeof pixel);
+  }
   return pixel;
 }
 
 template <PixelFormatId pixelFormat>
 void StorePixel(uint8_t* address, const typename ChannelAccessor<pixelFormat>::PixelRepr& pixel) {
-  std::memcpy(address, &pixel, sizeof pixel);
+  if constexpr (detail::kIsArrayOfThree<std::remove_cvref_t<decltype(pixel)>>) {
+    for (size_t i = 0; i < 3; ++i) std::memcpy(address + i * sizeof pixel[i], &pixel[i], sizeof pixel[i]);
+  } else {
+    std::memcpy(address, &pixel, sizeof pixel);
+  }
 }
 
 }  // namespace img::pixel_accessor

@@ -14,9 +14,10 @@ size_t img::LargestAllocation() {
   return limit;
 }
 
-size_t img::MostAllocations(size_t byteCount) {
+size_t img::MostAllocations(size_t byteCount, size_t alreadyTaken) {
   // The heads of the blocks and the nodes of the containers that hold them, generously.
   constexpr size_t kBookkeeping = 256;
   const size_t limit = LargestAllocation();
-  return byteCount > limit ? 0 : limit / (byteCount + kBookkeeping);
+  if (alreadyTaken > limit || byteCount > limit - alreadyTaken) return 0;
+  return (limit - alreadyTaken + kBookkeeping) / (byteCount + kBookkeeping);
 }

@@ -9,7 +9,7 @@ namespace img {
 // called in, so the library refuses before it asks.
 size_t LargestAllocation();
 
-// How many blocks of a size fit the bound, with what keeping each of them costs.
-size_t MostAllocations(size_t byteCount);
+// How many blocks of a size fit the bound beside what is already taken, with what keeping each of them costs.
+size_t MostAllocations(size_t byteCount, size_t alreadyTaken = 0);
 
 }  // namespace img

@@ -264,6 +264,24 @@ KORVEL_API KORVEL_RETURN_CODE KORVEL_Image_GetPixelPointer(KORVEL_IMAGE_HANDLE i
  */
 KORVEL_API KORVEL_RETURN_CODE KORVEL_Image_Destruct(KORVEL_IMAGE_HANDLE imageHandle);
 
+/* --------------------------------------------------------------------------------------------- image converter -- */
+
+/*
+ * How Bayer images become colour images. Any other value is accepted and does what HighQuality does.
+ *
+ *   Fast         bilinear interpolation over 3 by 3 pixels
+ *   HighQuality  linear filters over 5 by 5 pixels that correct each colour with the gradients of the others
+ *   Classic      bilinear, sampled half a pixel to the right and below; exists for BayerRG8 and BayerGR8 to 8-bit
+ *                colour, from 16 by 16 pixels on, at even widths and heights; elsewhere HighQuality takes its place
+ */
+typedef uint32_t KORVEL_CONVERSION_MODE;
+
+enum {
+  KORVEL_CONVERSION_MODE_Fast = 1,
+  KORVEL_CONVERSION_MODE_HighQuality = 2,
+  KORVEL_CONVERSION_MODE_Classic = 3
+};
+
 #ifdef __cplusplus
 }
 #endif

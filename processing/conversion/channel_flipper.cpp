@@ -5,7 +5,6 @@
 
 #include "core/channel_accessor.h"
 #include "core/typed_image.h"
-#include "processing/conversion/unaligned.h"
 
 namespace img::processing {
 namespace {
@@ -13,27 +12,19 @@ namespace {
 template <PixelFormatId format>
 void FlipLine(uint8_t* line, size_t width) {
   using Accessor = pixel_accessor::ChannelAccessor<format>;
-  if constexpr (kFacts<format>.layout == PixelLayout::Word32) {
-    for (size_t x = 0; x < width; ++x) {
-      uint8_t* const address = line + x * kFacts<format>.PixelByteCount();
-      auto pixel = pixel_accessor::LoadPixel<format>(address);
-      const auto first = Accessor::template Get<0>(pixel);
-      Accessor::template Set<0>(pixel, Accessor::template Get<2>(pixel));
+  for (size_t x = 0; x < width; ++x) {
+    uint8_t* const address = line + x * kFacts<format>.PixelByteCount();
+    auto pixel = pixel_accessor::LoadPixel<format>(address);
+    const auto first = Accessor::template Get<0>(pixel);
+    [[maybe_unused]] const auto second = Accessor::template Get<1>(pixel);
+    Accessor::template Set<0>(pixel, Accessor::template Get<2>(pixel));
+    if constexpr (kFacts<format>.channels == 4) {
+      Accessor::template Set<1>(pixel, first);
+      Accessor::template Set<2>(pixel, second);
+    } else {
       Accessor::template Set<2>(pixel, first);
-      pixel_accessor::StorePixel<format>(address, pixel);
     }
-  } else {
-    // Channel by channel: a pixel of three samples put together from its parts is slow to read back.
-    using Sample = typename Accessor::ChannelType;
-    constexpr size_t kChannels = kFacts<format>.channels;
-    for (size_t first = 0; first < width * kChannels; first += kChannels) {
-      const auto a = LoadSample<Sample>(line, first);
-      const auto b = LoadSample<Sample>(line, first + 1);
-      const auto c = LoadSample<Sample>(line, first + 2);
-      StoreSample(line, first, c);
-      if constexpr (kChannels == 4) StoreSample(line, first + 1, a);
-      StoreSample(line, first + 2, kChannels == 4 ? b : a);
-    }
+    pixel_accessor::StorePixel<format>(address, pixel);
   }
 }
 

@@ -295,13 +295,13 @@ TEST_F(ModuleWrappers, OfConversionsFollowThePairLikeTheOthers) {
 
 TEST_F(ModuleWrappers, OfMeasuresTimeRunsAlsoWhenTheyFail) {
   TemplateWrapper_MeasureModule<WidthModule, WidthIfc> measure("Width");
-  EXPECT_EQ(measure.Process(*mono8, 5), 15u);
+  EXPECT_EQ(measure.Process(*mono8, size_t{5}), 15u);
   EXPECT_EQ(measure.Process(*mono8, size_t{2}), 6u);
   EXPECT_THAT(TakeEvents(), ElementsAre("make Mono8", "run Mono8", "run Mono8"));
-  EXPECT_EQ(measure.Process(*bayerRG8, 1), 2u);
+  EXPECT_EQ(measure.Process(*bayerRG8, size_t{1}), 2u);
   EXPECT_THAT(TakeEvents(), ElementsAre("make BayerRG8", "run BayerRG8"));
   runsFail = true;
-  EXPECT_THROW(measure.Process(*mono8, 5), std::runtime_error);
+  EXPECT_THROW(measure.Process(*mono8, size_t{5}), std::runtime_error);
   EXPECT_EQ(RecordOf("PM_Measure::Width").count, 4u);
 }
 

@@ -49,8 +49,8 @@ inline constexpr uint8_t kUnwritten = 0xCD;
 class TestImage {
  public:
   TestImage(img::PixelFormatId format, size_t width, size_t height)
-      : TestImage(format, width, height, Bytes(img::PixelFormatInfo_CalcSizeOfPixels(format, width * height),
-                                               kUnwritten)) {}
+      : TestImage(format, width, height,
+                  Bytes(img::PixelFormatInfo_CalcSizeOfPixels(format, width * height), kUnwritten)) {}
   TestImage(img::PixelFormatId format, size_t width, size_t height, Bytes bytes)
       : bytes_(std::move(bytes)),
         image_(img::buffer::RawImageBuffer::CreateBuffer(format, bytes_.empty() ? nullptr : bytes_.data(),

@@ -26,7 +26,7 @@ const img::ImageArea kArea{{1, 2}, {3, 4}};
 
 TEST(ChannelExtender, TakesUnpackedMonoOnly) {
   ChannelExtender_BGR extender;
-#define KORVEL_EXPECT(name)                                                                     \
+#define KORVEL_EXPECT(name) \
   EXPECT_EQ(extender.IsInputFormatSupported(name), name == Mono8 || name == Mono10 || name == Mono12) << #name;
   KORVEL_FOR_EACH_PUBLIC_FORMAT_AND_INVALID(KORVEL_EXPECT)
 #undef KORVEL_EXPECT
@@ -98,11 +98,17 @@ TEST(ChannelExtender, HasSixWorkingCells) {
   ChannelExtender_RGB extender;
   size_t working = 0;
   for (const PixelFormatId in : korvel_test::kRawFormats) {
-    for (const PixelFormatId out : korvel_test::kRawFormats) working += korvel_test::Works(*extender.CreateImpl(in, out));
+    for (const PixelFormatId out : korvel_test::kRawFormats)
+      working += korvel_test::Works(*extender.CreateImpl(in, out));
   }
   EXPECT_EQ(working, 6u);
-  for (const auto& [in, out] : {std::pair{Mono8, RGB8}, {Mono8, BGRa8}, {Mono10, BGR10}, {Mono10, RGBa10},
-                                {Mono12, RGB12}, {Mono12, BGRa12}, {BayerRG8, BGR8}}) {
+  for (const auto& [in, out] : {std::pair{Mono8, RGB8},
+                                {Mono8, BGRa8},
+                                {Mono10, BGR10},
+                                {Mono10, RGBa10},
+                                {Mono12, RGB12},
+                                {Mono12, BGRa12},
+                                {BayerRG8, BGR8}}) {
     EXPECT_TRUE(korvel_test::Works(*extender.CreateImpl(in, out)));
   }
 }

@@ -37,9 +37,9 @@ TEST(ChannelFlipper, TakesUnpackedColour) {
 TEST(ChannelFlipper, NamesTheOtherOrder) {
   ChannelFlipper flipper;
   const std::pair<PixelFormatId, PixelFormatId> expected[] = {
-      {RGB8, BGR8},     {RGB10, BGR10},    {RGB12, BGR12},    {BGR8, RGB8},        {BGR10, RGB10},
-      {BGR12, RGB12},   {BGRa8, RGBa8},    {BGRa10, RGBa10},  {BGRa12, RGBa12},    {RGBa8, BGR8},
-      {RGBa10, BGR10},  {RGBa12, BGR12},   {Mono8, Invalid},  {BayerRG8, Invalid}, {RGB10p32, Invalid},
+      {RGB8, BGR8},        {RGB10, BGR10},     {RGB12, BGR12},     {BGR8, RGB8},        {BGR10, RGB10},
+      {BGR12, RGB12},      {BGRa8, RGBa8},     {BGRa10, RGBa10},   {BGRa12, RGBa12},    {RGBa8, BGR8},
+      {RGBa10, BGR10},     {RGBa12, BGR12},    {Mono8, Invalid},   {BayerRG8, Invalid}, {RGB10p32, Invalid},
       {BGR10p32, Invalid}, {Mono10p, Invalid}, {Invalid, Invalid},
   };
   for (const auto& [in, out] : expected) {

@@ -3,6 +3,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <typeinfo>
+
 #include "tests/support/raw_formats.h"
 #include "tests/support/test_images.h"
 
@@ -112,7 +114,9 @@ TEST(ConvertPixelDepth, HasOneWorkingInstanceForALayout) {
   EXPECT_EQ(module->GetOutputImageFormat({{}, Mono8}).format, _RawUnpacked1Ch10);
   const auto bayer = depth.CreateImpl(BayerRG12, BayerRG8);
   const auto mono = depth.CreateImpl(Mono12, Mono8);
-  EXPECT_EQ(typeid(*bayer), typeid(*mono));
+  const auto& bayerInstance = *bayer;
+  const auto& monoInstance = *mono;
+  EXPECT_EQ(typeid(bayerInstance), typeid(monoInstance));
 }
 
 TEST(ConvertPixelDepth, HasEighteenWorkingCells) {

@@ -154,15 +154,32 @@ TEST(UnpackPacked, NamesTheUnpackedFormatOfTheSamePhaseAndDepth) {
   UnpackPacked unpack;
   const img::ImageArea area{{1, 2}, {3, 4}};
   const std::pair<PixelFormatId, PixelFormatId> expected[] = {
-      {Mono10p, Mono10},           {Mono12p, Mono12},           {Mono10g40Qrv, Mono10},
-      {Mono12g24Qrv, Mono12},      {BayerRG10p, BayerRG10},     {BayerGR10p, BayerGR10},
-      {BayerGB10p, BayerGB10},     {BayerBG10p, BayerBG10},     {BayerRG12p, BayerRG12},
-      {BayerGR12p, BayerGR12},     {BayerGB12p, BayerGB12},     {BayerBG12p, BayerBG12},
-      {BayerRG10g40Qrv, BayerRG10}, {BayerGR10g40Qrv, BayerGR10}, {BayerGB10g40Qrv, BayerGB10},
-      {BayerBG10g40Qrv, BayerBG10}, {BayerRG12g24Qrv, BayerRG12}, {BayerGR12g24Qrv, BayerGR12},
-      {BayerGB12g24Qrv, BayerGB12}, {BayerBG12g24Qrv, BayerBG12}, {RGB10p32, RGB10},
-      {BGR10p32, BGR10},           {Mono10, Invalid},           {BayerRG8, Invalid},
-      {RGB8, Invalid},             {Invalid, Invalid},
+      {Mono10p, Mono10},
+      {Mono12p, Mono12},
+      {Mono10g40Qrv, Mono10},
+      {Mono12g24Qrv, Mono12},
+      {BayerRG10p, BayerRG10},
+      {BayerGR10p, BayerGR10},
+      {BayerGB10p, BayerGB10},
+      {BayerBG10p, BayerBG10},
+      {BayerRG12p, BayerRG12},
+      {BayerGR12p, BayerGR12},
+      {BayerGB12p, BayerGB12},
+      {BayerBG12p, BayerBG12},
+      {BayerRG10g40Qrv, BayerRG10},
+      {BayerGR10g40Qrv, BayerGR10},
+      {BayerGB10g40Qrv, BayerGB10},
+      {BayerBG10g40Qrv, BayerBG10},
+      {BayerRG12g24Qrv, BayerRG12},
+      {BayerGR12g24Qrv, BayerGR12},
+      {BayerGB12g24Qrv, BayerGB12},
+      {BayerBG12g24Qrv, BayerBG12},
+      {RGB10p32, RGB10},
+      {BGR10p32, BGR10},
+      {Mono10, Invalid},
+      {BayerRG8, Invalid},
+      {RGB8, Invalid},
+      {Invalid, Invalid},
   };
   for (const auto& [in, out] : expected) {
     EXPECT_EQ(unpack.GetOutputImageFormat({area, in}), (ImageFormat{area, out})) << img::PixelFormatInfo_Name(in);
@@ -211,7 +228,8 @@ TEST(UnpackPacked, HasFiveWorkingCellsOfSeventy) {
       std::unique_ptr<IfcConversionProcessingModule> module;
       const auto failure = FailureOf([&] { module = unpack.CreateImpl(in, out); });
       if (failure) {
-        EXPECT_EQ(*failure, (Failure{-1009, 9000, "Unsupported formatId: " + std::to_string(static_cast<uint32_t>(in))}));
+        EXPECT_EQ(*failure,
+                  (Failure{-1009, 9000, "Unsupported formatId: " + std::to_string(static_cast<uint32_t>(in))}));
       } else {
         ++cells;
         working += korvel_test::Works(*module);
