@@ -1,5 +1,7 @@
 #include "api/handle_registry.h"
 
+#include "processing/conversion/image_converter.h"
+
 namespace korvel::internal {
 
 Handle ImageHandleMap::AddImage(Buffer buffer) {

@@ -14,6 +14,10 @@
 #include "core/image_buffer.h"
 #include "korvel/korvel.h"
 
+namespace img::processing {
+class ImageConverter;
+}
+
 namespace korvel::internal {
 
 using Handle = uintptr_t;
@@ -78,11 +82,13 @@ class HandleRegistry {
   // application left behind.
   static HandleRegistry& Instance();
 
+  HandleMap<img::processing::ImageConverter>& ImageConverters() { return imageConverters_; }
   ImageHandleMap& Images() { return images_; }
 
  private:
   HandleRegistry() = default;
 
+  HandleMap<img::processing::ImageConverter> imageConverters_{"Given imageConverter was already added!"};
   ImageHandleMap images_;
 };
 

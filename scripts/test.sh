@@ -38,15 +38,14 @@ heading() {
   printf '\n=== %s\n' "$*"
 }
 
-# Configures, builds and tests one preset. Further arguments are a command in front of the build (which runs test
-# programs to list their tests) and of ctest.
+# Configures, builds and tests one preset. Further arguments are a command in front of ctest.
 run_preset() {
   local preset=$1
   shift
   heading "$preset: configure"
   cmake --preset "$preset"
   heading "$preset: build"
-  "$@" cmake --build --preset "$preset" --parallel "$jobs"
+  cmake --build --preset "$preset" --parallel "$jobs"
   heading "$preset: test"
   "$@" ctest --preset "$preset" --parallel "$jobs" --output-on-failure --no-tests=error
 }

@@ -152,6 +152,7 @@ enum { KORVEL_ENDIANNESS_Little = 0 };
 
 /* Each kind of object has a handle type of its own. Null is never a valid handle. */
 typedef struct KORVEL_IMAGE_HANDLE_S* KORVEL_IMAGE_HANDLE;
+typedef struct KORVEL_IMAGE_CONVERTER_HANDLE_S* KORVEL_IMAGE_CONVERTER_HANDLE;
 
 /* ------------------------------------------------------------------------------------------------------ library -- */
 
@@ -258,6 +259,37 @@ KORVEL_API KORVEL_RETURN_CODE KORVEL_Image_GetPixelPointer(KORVEL_IMAGE_HANDLE i
                                                            uint8_t** pixelPointer);
 
 /*
+ * Copies an image, of any format, into memory of the library's own.
+ *
+ * InvalidHandle    imageHandle is not known
+ * InvalidArgument  outputImageHandle is null
+ * Error            the memory can't be had
+ */
+KORVEL_API KORVEL_RETURN_CODE KORVEL_Image_Clone(KORVEL_IMAGE_HANDLE imageHandle,
+                                                 KORVEL_IMAGE_HANDLE* outputImageHandle);
+
+/*
+ * Converts one image to another format; for streams of images use a converter, which keeps its memory. See
+ * KORVEL_ImageConverter_Convert for the formats, and KORVEL_CONVERSION_MODE for conversionMode.
+ *
+ * InvalidHandle    imageHandle is not known
+ * InvalidArgument  outputImageHandle is null
+ * Error            the conversion does not exist, or the memory can't be had
+ */
+KORVEL_API KORVEL_RETURN_CODE KORVEL_Image_ConvertTo(KORVEL_IMAGE_HANDLE imageHandle, uint32_t outputPixelFormat,
+                                                     uint32_t conversionMode,
+                                                     KORVEL_IMAGE_HANDLE* outputImageHandle);
+
+/*
+ * Like KORVEL_Image_ConvertTo, with the result in the caller's memory: outputImageHandle then stands for an image over
+ * outputImageBuffer, with the rules of KORVEL_Image_ConstructFromBuffer. See KORVEL_ImageConverter_ConvertToBuffer.
+ */
+KORVEL_API KORVEL_RETURN_CODE KORVEL_Image_ConvertToBuffer(KORVEL_IMAGE_HANDLE imageHandle,
+                                                           uint32_t outputPixelFormat, uint8_t* outputImageBuffer,
+                                                           size_t outputImageBufferSize, uint32_t conversionMode,
+                                                           KORVEL_IMAGE_HANDLE* outputImageHandle);
+
+/*
  * Ends a handle. The image's own memory goes with it; the caller's memory is left alone.
  *
  * InvalidHandle    imageHandle is not known
@@ -281,6 +313,122 @@ enum {
   KORVEL_CONVERSION_MODE_HighQuality = 2,
   KORVEL_CONVERSION_MODE_Classic = 3
 };
+
+/*
+ * Makes a converter, in mode Fast. A converter keeps the memory of images that it made and that were destroyed, so
+ * that converting a stream of like images takes no new memory for pixels.
+ *
+ * InvalidArgument  imageConverterHandle is null
+ */
+KORVEL_API KORVEL_RETURN_CODE KORVEL_ImageConverter_Construct(KORVEL_IMAGE_CONVERTER_HANDLE* imageConverterHandle);
+
+/*
+ * Takes the memory for a stream of conversions ahead of time: intermediate images, and imageCount results that are to
+ * be alive at once.
+ *
+ * Whether the whole conversion exists isn't asked: KORVEL_ImageConverter_GetSupportedOutputPixelFormats tells that.
+ *
+ * InvalidHandle  imageConverterHandle is not known
+ * OutOfRange     imageWidth or imageHeight is 0
+ * Error          no format has one of the ids, Bayer or mono images don't become such outputs, or imageCount images
+ *                exceed half of the physical memory
+ */
+KORVEL_API KORVEL_RETURN_CODE KORVEL_ImageConverter_PreAllocateConversion(
+    KORVEL_IMAGE_CONVERTER_HANDLE imageConverterHandle, uint32_t inputPixelFormat, uint32_t outputPixelFormat,
+    size_t imageWidth, size_t imageHeight, size_t imageCount);
+
+/*
+ * The conversion mode; see KORVEL_CONVERSION_MODE. A change takes effect from the next conversion stage.
+ *
+ * InvalidHandle    imageConverterHandle is not known
+ * InvalidArgument  conversionMode is null
+ */
+KORVEL_API KORVEL_RETURN_CODE KORVEL_ImageConverter_GetConversionMode(
+    KORVEL_IMAGE_CONVERTER_HANDLE imageConverterHandle, uint32_t* conversionMode);
+KORVEL_API KORVEL_RETURN_CODE KORVEL_ImageConverter_SetConversionMode(
+    KORVEL_IMAGE_CONVERTER_HANDLE imageConverterHandle, uint32_t conversionMode);
+
+/*
+ * Lists the formats that inputPixelFormat converts to, itself among them.
+ *
+ * With outputPixelFormats null, writes the number of formats into *outputPixelFormatsSize. Otherwise
+ * *outputPixelFormatsSize tells how many elements the array has, and is set to the number written.
+ *
+ * InvalidHandle    imageConverterHandle is not known
+ * InvalidArgument  outputPixelFormatsSize is null
+ * BufferToSmall    the array is too small; *outputPixelFormatsSize stays as it was
+ * Error            no format has this id
+ */
+KORVEL_API KORVEL_RETURN_CODE KORVEL_ImageConverter_GetSupportedOutputPixelFormats(
+    KORVEL_IMAGE_CONVERTER_HANDLE imageConverterHandle, uint32_t inputPixelFormat, uint32_t* outputPixelFormats,
+    size_t* outputPixelFormatsSize);
+
+/*
+ * Converts an image to another format (or copies it, to its own) into memory of the converter, which takes it back
+ * when the new handle is destroyed. Width and height stay.
+ *
+ * Red and blue are swapped between RGB and BGR formats in the input's own memory before the result is copied from it:
+ * where that is the first stage (RGB8 to BGR8, say), the input image is changed.
+ *
+ * InvalidHandle    imageConverterHandle or inputImageHandle is not known
+ * InvalidArgument  outputImageHandle is null
+ * Error            the conversion does not exist, or the memory can't be had
+ */
+KORVEL_API KORVEL_RETURN_CODE KORVEL_ImageConverter_Convert(KORVEL_IMAGE_CONVERTER_HANDLE imageConverterHandle,
+                                                            KORVEL_IMAGE_HANDLE inputImageHandle,
+                                                            uint32_t outputPixelFormat,
+                                                            KORVEL_IMAGE_HANDLE* outputImageHandle);
+
+/*
+ * Like KORVEL_ImageConverter_Convert, with the result in the caller's memory: outputImageHandle then stands for an
+ * image over outputImageBuffer, with the rules of KORVEL_Image_ConstructFromBuffer. The common conversions from Bayer
+ * to 8-bit colour write there directly; all others make an image first and copy it, and for them
+ * outputImageBufferSize must be the exact byte count of the result.
+ *
+ * In mode Classic, only BayerRG8 and BayerGR8 to RGB8, BGR8, RGBa8 or BGRa8 are accepted.
+ *
+ * InvalidHandle    imageConverterHandle or inputImageHandle is not known
+ * InvalidArgument  outputImageBuffer or outputImageHandle is null
+ * BufferToSmall    outputImageBufferSize is below the byte count of the result
+ * Error            the conversion does not exist, outputImageBufferSize is above the byte count of the result where
+ *                  it must be exact, or the memory can't be had
+ */
+KORVEL_API KORVEL_RETURN_CODE KORVEL_ImageConverter_ConvertToBuffer(
+    KORVEL_IMAGE_CONVERTER_HANDLE imageConverterHandle, KORVEL_IMAGE_HANDLE inputImageHandle,
+    uint32_t outputPixelFormat, uint8_t* outputImageBuffer, size_t outputImageBufferSize,
+    KORVEL_IMAGE_HANDLE* outputImageHandle);
+
+/*
+ * Ends a handle. Images that the converter made stay valid.
+ *
+ * InvalidHandle  imageConverterHandle is not known
+ */
+KORVEL_API KORVEL_RETURN_CODE
+KORVEL_ImageConverter_Destruct(KORVEL_IMAGE_CONVERTER_HANDLE imageConverterHandle);
+
+/* ------------------------------------------------------------------------------------------------ image writer -- */
+
+/*
+ * Writes an image to a file. filePath is filePathSize bytes, without a terminating zero; any bytes that the file
+ * system takes. The directory must exist, and the path's ending must be that of the file type, in upper or lower case.
+ * An existing file is overwritten. After a failure a partly written file may stay behind.
+ *
+ * KORVEL_ImageWriter_WriteAsPNG writes ".png": mono, Bayer (as grey) and colour formats, unpacked. 10 and 12 bits go
+ * into a 16-bit file that tells the depth in an sBIT chunk. quality runs from 10 (smallest file) to 100 (fastest).
+ * Neither side may exceed 1,000,000 pixels.
+ *
+ * KORVEL_ImageWriter_Write picks the file type from the ending, and for ".png" a quality of 100.
+ *
+ * InvalidHandle            inputImageHandle is not known
+ * InvalidArgument          filePath is null or filePathSize is 0
+ * Io                       the directory does not exist, the ending is not known or does not fit, or the file could
+ *                          not be written
+ * ImageFormatNotSupported  the file type has no place for this pixel format
+ */
+KORVEL_API KORVEL_RETURN_CODE KORVEL_ImageWriter_WriteAsPNG(KORVEL_IMAGE_HANDLE inputImageHandle, uint32_t quality,
+                                                            const char* filePath, size_t filePathSize);
+KORVEL_API KORVEL_RETURN_CODE KORVEL_ImageWriter_Write(KORVEL_IMAGE_HANDLE inputImageHandle, const char* filePath,
+                                                       size_t filePathSize);
 
 #ifdef __cplusplus
 }

@@ -1,0 +1,15 @@
+// The families of benchmarks. Each registers its own with Google Benchmark.
+#pragma once
+
+namespace korvel::benchmarks {
+
+// Every conversion module and fast kernel, on memory that is there.
+void RegisterModules();
+
+// The common conversions and other work through the exported functions, with all that a call does besides.
+void RegisterChains();
+
+// PNG files beside those of libpng alone.
+void RegisterPng();
+
+}  // namespace korvel::benchmarks

@@ -1,0 +1,16 @@
+#include "io/output_file.h"
+
+namespace img::io {
+
+OutputFile::OutputFile(const std::string& path) {
+  // "e": the file isn't handed on to programs that the application starts meanwhile.
+  if (path.find('\0') == std::string::npos) file_.reset(std::fopen(path.c_str(), "wbe"));
+}
+
+bool OutputFile::Close() {
+  const bool failedBefore = std::ferror(file_.get()) != 0;
+  const bool closed = std::fclose(file_.release()) == 0;
+  return closed && !failedBefore;
+}
+
+}  // namespace img::io

@@ -1,0 +1,100 @@
+// Objects of the exported functions, destroyed at the end of their scope.
+#pragma once
+
+#include <gtest/gtest.h>
+#include <korvel/korvel.h>
+#include <sys/mman.h>
+#include <unistd.h>
+
+#include <cstdint>
+#include <cstring>
+#include <new>
+#include <utility>
+#include <vector>
+
+namespace korvel_test {
+
+using Bytes = std::vector<uint8_t>;
+
+class ExportedImage {
+ public:
+  ExportedImage(uint32_t format, size_t width, size_t height, const Bytes& bytes = {}) {
+    EXPECT_EQ(KORVEL_Image_Construct(format, width, height, &handle_), 0u);
+    if (!bytes.empty()) {
+      EXPECT_EQ(bytes.size(), ByteCount());
+      std::memcpy(Data(), bytes.data(), bytes.size());
+    }
+  }
+  // Takes over a handle that a function gave.
+  explicit ExportedImage(KORVEL_IMAGE_HANDLE handle) : handle_(handle) {}
+  ExportedImage(const ExportedImage&) = delete;
+  ExportedImage& operator=(const ExportedImage&) = delete;
+  ~ExportedImage() { EXPECT_EQ(KORVEL_Image_Destruct(handle_), 0u); }
+
+  KORVEL_IMAGE_HANDLE Handle() const { return handle_; }
+
+  size_t ByteCount() const {
+    size_t count = 0;
+    EXPECT_EQ(KORVEL_Image_GetByteCount(handle_, &count), 0u);
+    return count;
+  }
+  uint8_t* Data() const {
+    uint8_t* data = nullptr;
+    EXPECT_EQ(KORVEL_Image_GetData(handle_, &data), 0u);
+    return data;
+  }
+  uint32_t Format() const {
+    uint32_t format = 0x5A5A;
+    EXPECT_EQ(KORVEL_Image_GetPixelFormat(handle_, &format), 0u);
+    return format;
+  }
+  Bytes Content() const { return Bytes(Data(), Data() + ByteCount()); }
+
+ private:
+  KORVEL_IMAGE_HANDLE handle_ = nullptr;
+};
+
+class ExportedConverter {
+ public:
+  ExportedConverter() { EXPECT_EQ(KORVEL_ImageConverter_Construct(&handle_), 0u); }
+  ExportedConverter(const ExportedConverter&) = delete;
+  ExportedConverter& operator=(const ExportedConverter&) = delete;
+  ~ExportedConverter() { Destruct(); }
+
+  KORVEL_IMAGE_CONVERTER_HANDLE Handle() const { return handle_; }
+
+  void Destruct() {
+    if (handle_ != nullptr) {
+      EXPECT_EQ(KORVEL_ImageConverter_Destruct(std::exchange(handle_, nullptr)), 0u);
+    }
+  }
+
+ private:
+  KORVEL_IMAGE_CONVERTER_HANDLE handle_ = nullptr;
+};
+
+// Memory that ends where the next page can't be touched.
+class CallersMemory {
+ public:
+  explicit CallersMemory(size_t size) : page_(static_cast<size_t>(sysconf(_SC_PAGESIZE))) {
+    usable_ = (size + page_ - 1) / page_ * page_;
+    void* const mapped = mmap(nullptr, usable_ + page_, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
+    if (mapped == MAP_FAILED) throw std::bad_alloc();
+    mapped_ = static_cast<uint8_t*>(mapped);
+    if (mprotect(mapped_ + usable_, page_, PROT_NONE) != 0) throw std::bad_alloc();
+    data_ = mapped_ + usable_ - size;
+  }
+  CallersMemory(const CallersMemory&) = delete;
+  CallersMemory& operator=(const CallersMemory&) = delete;
+  ~CallersMemory() { munmap(mapped_, usable_ + page_); }
+
+  uint8_t* Data() const { return data_; }
+
+ private:
+  size_t page_;
+  size_t usable_ = 0;
+  uint8_t* mapped_ = nullptr;
+  uint8_t* data_ = nullptr;
+};
+
+}  // namespace korvel_test

@@ -1,0 +1,57 @@
+#include "convert_options.h"
+
+#include <charconv>
+#include <limits>
+#include <optional>
+#include <string>
+#include <system_error>
+
+#include "tool_error.h"
+
+namespace korvel::tools {
+namespace {
+
+// Digits alone, to the last character, and no more than Number holds.
+template <class Number>
+std::optional<Number> ParseNumber(std::string_view text) {
+  Number number{};
+  const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
+  if (error != std::errc() || end != text.data() + text.size()) return std::nullopt;
+  return number;
+}
+
+std::string Quoted(std::string_view text) { return "'" + std::string(text) + "'"; }
+
+}  // namespace
+
+PictureSize ParseSize(std::string_view text) {
+  const std::string advice = "Give width and height in pixels with an x between them, such as --size 2592x1536.";
+  const size_t separator = text.find('x');
+  if (separator == std::string_view::npos) throw ToolError("--size: " + Quoted(text) + " is not a size", advice);
+  const auto width = ParseNumber<size_t>(text.substr(0, separator));
+  const auto height = ParseNumber<size_t>(text.substr(separator + 1));
+  if (!width || !height) throw ToolError("--size: " + Quoted(text) + " is not a size", advice);
+  if (*width == 0 || *height == 0) throw ToolError("--size: " + Quoted(text) + " has no pixels", advice);
+  if (*height > std::numeric_limits<size_t>::max() / *width) {
+    throw ToolError("--size: " + Quoted(text) + " has more pixels than can be counted", advice);
+  }
+  return {*width, *height};
+}
+
+uint64_t ParseSkip(std::string_view text) {
+  const auto skip = ParseNumber<uint64_t>(text);
+  if (!skip) {
+    throw ToolError("--skip: " + Quoted(text) + " is not a number of bytes",
+                    "Give the bytes before the first pixel in decimal, such as --skip 512.");
+  }
+  return *skip;
+}
+
+KORVEL_CONVERSION_MODE ParseMode(std::string_view text) {
+  if (text == "fast") return KORVEL_CONVERSION_MODE_Fast;
+  if (text == "hq") return KORVEL_CONVERSION_MODE_HighQuality;
+  if (text == "classic") return KORVEL_CONVERSION_MODE_Classic;
+  throw ToolError("--mode: there is no mode " + Quoted(text), "The modes are fast, hq and classic.");
+}
+
+}  // namespace korvel::tools

@@ -1,0 +1,26 @@
+// What the words of the convert command's options mean.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <string_view>
+
+#include "korvel/korvel.h"
+
+namespace korvel::tools {
+
+struct PictureSize {
+  size_t width = 0;
+  size_t height = 0;
+};
+
+// "2592x1536". Neither is 0, and the number of pixels fits a size_t. Throws ToolError.
+PictureSize ParseSize(std::string_view text);
+
+// A decimal number of bytes. Throws ToolError.
+uint64_t ParseSkip(std::string_view text);
+
+// "fast", "hq" or "classic". Throws ToolError.
+KORVEL_CONVERSION_MODE ParseMode(std::string_view text);
+
+}  // namespace korvel::tools

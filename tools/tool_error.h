@@ -1,0 +1,20 @@
+// A failure as the user of a command sees it: what was wrong, and what to do about it.
+#pragma once
+
+#include <stdexcept>
+#include <string>
+#include <utility>
+
+namespace korvel::tools {
+
+class ToolError : public std::runtime_error {
+ public:
+  ToolError(const std::string& problem, std::string advice) : std::runtime_error(problem), advice_(std::move(advice)) {}
+
+  const std::string& Advice() const noexcept { return advice_; }
+
+ private:
+  std::string advice_;
+};
+
+}  // namespace korvel::tools
