@@ -44,14 +44,14 @@ typedef uint32_t KORVEL_RETURN_CODE;
 
 enum {
   KORVEL_RETURN_CODE_Success = 0,
-  KORVEL_RETURN_CODE_Error = 1,                 /* any failure without a more exact code */
-  KORVEL_RETURN_CODE_InvalidHandle = 2,         /* a handle that is not, or no longer, known */
-  KORVEL_RETURN_CODE_Io = 3,                    /* a file could not be opened, read or written */
-  KORVEL_RETURN_CODE_BufferToSmall = 4,         /* the caller's memory is smaller than the result */
-  KORVEL_RETURN_CODE_InvalidArgument = 5,       /* a null pointer, or a value that is refused */
-  KORVEL_RETURN_CODE_OutOfRange = 6,            /* a position outside the object, a width or height of 0 */
-  KORVEL_RETURN_CODE_ImageFormatNotSupported = 7,         /* the operation does not exist for this format */
-  KORVEL_RETURN_CODE_ImageFormatInterpretationError = 8,  /* pixels of a file can't be read as this format */
+  KORVEL_RETURN_CODE_Error = 1,                          /* any failure without a more exact code */
+  KORVEL_RETURN_CODE_InvalidHandle = 2,                  /* a handle that is not, or no longer, known */
+  KORVEL_RETURN_CODE_Io = 3,                             /* a file could not be opened, read or written */
+  KORVEL_RETURN_CODE_BufferToSmall = 4,                  /* the caller's memory is smaller than the result */
+  KORVEL_RETURN_CODE_InvalidArgument = 5,                /* a null pointer, or a value that is refused */
+  KORVEL_RETURN_CODE_OutOfRange = 6,                     /* a position outside the object, a width or height of 0 */
+  KORVEL_RETURN_CODE_ImageFormatNotSupported = 7,        /* the operation does not exist for this format */
+  KORVEL_RETURN_CODE_ImageFormatInterpretationError = 8, /* pixels of a file can't be read as this format */
   KORVEL_RETURN_CODE_NotSupported = 9,
   KORVEL_RETURN_CODE_AccessFailed = 10,
   KORVEL_RETURN_CODE_QueueFull = 11,
@@ -75,55 +75,55 @@ enum {
  * Lines follow each other without padding in every format; packed images are one stream from the first pixel to the
  * last. Applications that need names and ids alone use KORVEL_PIXEL_FORMATS.
  */
-#define KORVEL_PIXEL_FORMAT_TABLE(ROW, X)                          \
-  ROW(X, Mono8, 0x01080001, Mono, Unpacked, 8)                     \
-  ROW(X, BayerGR8, 0x01080008, BayerGR, Unpacked, 8)               \
-  ROW(X, BayerRG8, 0x01080009, BayerRG, Unpacked, 8)               \
-  ROW(X, BayerGB8, 0x0108000A, BayerGB, Unpacked, 8)               \
-  ROW(X, BayerBG8, 0x0108000B, BayerBG, Unpacked, 8)               \
-  ROW(X, Mono10p, 0x010A0046, MonoPacked, NoAlignment, 10)         \
-  ROW(X, BayerBG10p, 0x010A0052, BayerBGPacked, NoAlignment, 10)   \
-  ROW(X, BayerGB10p, 0x010A0054, BayerGBPacked, NoAlignment, 10)   \
-  ROW(X, BayerGR10p, 0x010A0056, BayerGRPacked, NoAlignment, 10)   \
-  ROW(X, BayerRG10p, 0x010A0058, BayerRGPacked, NoAlignment, 10)   \
-  ROW(X, Mono12p, 0x010C0047, MonoPacked, NoAlignment, 12)         \
-  ROW(X, BayerBG12p, 0x010C0053, BayerBGPacked, NoAlignment, 12)   \
-  ROW(X, BayerGB12p, 0x010C0055, BayerGBPacked, NoAlignment, 12)   \
-  ROW(X, BayerGR12p, 0x010C0057, BayerGRPacked, NoAlignment, 12)   \
-  ROW(X, BayerRG12p, 0x010C0059, BayerRGPacked, NoAlignment, 12)   \
-  ROW(X, Mono10, 0x01100003, Mono, Unpacked, 10)                   \
-  ROW(X, Mono12, 0x01100005, Mono, Unpacked, 12)                   \
-  ROW(X, BayerGR10, 0x0110000C, BayerGR, Unpacked, 10)             \
-  ROW(X, BayerRG10, 0x0110000D, BayerRG, Unpacked, 10)             \
-  ROW(X, BayerGB10, 0x0110000E, BayerGB, Unpacked, 10)             \
-  ROW(X, BayerBG10, 0x0110000F, BayerBG, Unpacked, 10)             \
-  ROW(X, BayerGR12, 0x01100010, BayerGR, Unpacked, 12)             \
-  ROW(X, BayerRG12, 0x01100011, BayerRG, Unpacked, 12)             \
-  ROW(X, BayerGB12, 0x01100012, BayerGB, Unpacked, 12)             \
-  ROW(X, BayerBG12, 0x01100013, BayerBG, Unpacked, 12)             \
-  ROW(X, RGB8, 0x02180014, RGB, Unpacked, 8)                       \
-  ROW(X, BGR8, 0x02180015, BGR, Unpacked, 8)                       \
-  ROW(X, RGBa8, 0x02200016, RGBa, Unpacked, 8)                     \
-  ROW(X, BGRa8, 0x02200017, BGRa, Unpacked, 8)                     \
-  ROW(X, RGB10p32, 0x0220001D, RGB10p32, Word32, 10)               \
-  ROW(X, BGR10p32, 0x0220001E, BGR10p32, Word32, 10)               \
-  ROW(X, RGB10, 0x02300018, RGB, Unpacked, 10)                     \
-  ROW(X, BGR10, 0x02300019, BGR, Unpacked, 10)                     \
-  ROW(X, RGB12, 0x0230001A, RGB, Unpacked, 12)                     \
-  ROW(X, BGR12, 0x0230001B, BGR, Unpacked, 12)                     \
-  ROW(X, BGRa10, 0x0240004C, BGRa, Unpacked, 10)                   \
-  ROW(X, BGRa12, 0x0240004E, BGRa, Unpacked, 12)                   \
-  ROW(X, RGBa10, 0x0240005F, RGBa, Unpacked, 10)                   \
-  ROW(X, RGBa12, 0x02400061, RGBa, Unpacked, 12)                   \
-  ROW(X, BayerRG10g40Qrv, 0x40000001, BayerRGPacked, Mipi, 10)     \
-  ROW(X, BayerGB10g40Qrv, 0x40000002, BayerGBPacked, Mipi, 10)     \
-  ROW(X, BayerGR10g40Qrv, 0x40000003, BayerGRPacked, Mipi, 10)     \
-  ROW(X, BayerBG10g40Qrv, 0x40000004, BayerBGPacked, Mipi, 10)     \
-  ROW(X, Mono10g40Qrv, 0x4000000F, MonoPacked, Mipi, 10)           \
-  ROW(X, BayerRG12g24Qrv, 0x40000011, BayerRGPacked, Mipi, 12)     \
-  ROW(X, BayerGB12g24Qrv, 0x40000012, BayerGBPacked, Mipi, 12)     \
-  ROW(X, BayerGR12g24Qrv, 0x40000013, BayerGRPacked, Mipi, 12)     \
-  ROW(X, BayerBG12g24Qrv, 0x40000014, BayerBGPacked, Mipi, 12)     \
+#define KORVEL_PIXEL_FORMAT_TABLE(ROW, X)                        \
+  ROW(X, Mono8, 0x01080001, Mono, Unpacked, 8)                   \
+  ROW(X, BayerGR8, 0x01080008, BayerGR, Unpacked, 8)             \
+  ROW(X, BayerRG8, 0x01080009, BayerRG, Unpacked, 8)             \
+  ROW(X, BayerGB8, 0x0108000A, BayerGB, Unpacked, 8)             \
+  ROW(X, BayerBG8, 0x0108000B, BayerBG, Unpacked, 8)             \
+  ROW(X, Mono10p, 0x010A0046, MonoPacked, NoAlignment, 10)       \
+  ROW(X, BayerBG10p, 0x010A0052, BayerBGPacked, NoAlignment, 10) \
+  ROW(X, BayerGB10p, 0x010A0054, BayerGBPacked, NoAlignment, 10) \
+  ROW(X, BayerGR10p, 0x010A0056, BayerGRPacked, NoAlignment, 10) \
+  ROW(X, BayerRG10p, 0x010A0058, BayerRGPacked, NoAlignment, 10) \
+  ROW(X, Mono12p, 0x010C0047, MonoPacked, NoAlignment, 12)       \
+  ROW(X, BayerBG12p, 0x010C0053, BayerBGPacked, NoAlignment, 12) \
+  ROW(X, BayerGB12p, 0x010C0055, BayerGBPacked, NoAlignment, 12) \
+  ROW(X, BayerGR12p, 0x010C0057, BayerGRPacked, NoAlignment, 12) \
+  ROW(X, BayerRG12p, 0x010C0059, BayerRGPacked, NoAlignment, 12) \
+  ROW(X, Mono10, 0x01100003, Mono, Unpacked, 10)                 \
+  ROW(X, Mono12, 0x01100005, Mono, Unpacked, 12)                 \
+  ROW(X, BayerGR10, 0x0110000C, BayerGR, Unpacked, 10)           \
+  ROW(X, BayerRG10, 0x0110000D, BayerRG, Unpacked, 10)           \
+  ROW(X, BayerGB10, 0x0110000E, BayerGB, Unpacked, 10)           \
+  ROW(X, BayerBG10, 0x0110000F, BayerBG, Unpacked, 10)           \
+  ROW(X, BayerGR12, 0x01100010, BayerGR, Unpacked, 12)           \
+  ROW(X, BayerRG12, 0x01100011, BayerRG, Unpacked, 12)           \
+  ROW(X, BayerGB12, 0x01100012, BayerGB, Unpacked, 12)           \
+  ROW(X, BayerBG12, 0x01100013, BayerBG, Unpacked, 12)           \
+  ROW(X, RGB8, 0x02180014, RGB, Unpacked, 8)                     \
+  ROW(X, BGR8, 0x02180015, BGR, Unpacked, 8)                     \
+  ROW(X, RGBa8, 0x02200016, RGBa, Unpacked, 8)                   \
+  ROW(X, BGRa8, 0x02200017, BGRa, Unpacked, 8)                   \
+  ROW(X, RGB10p32, 0x0220001D, RGB10p32, Word32, 10)             \
+  ROW(X, BGR10p32, 0x0220001E, BGR10p32, Word32, 10)             \
+  ROW(X, RGB10, 0x02300018, RGB, Unpacked, 10)                   \
+  ROW(X, BGR10, 0x02300019, BGR, Unpacked, 10)                   \
+  ROW(X, RGB12, 0x0230001A, RGB, Unpacked, 12)                   \
+  ROW(X, BGR12, 0x0230001B, BGR, Unpacked, 12)                   \
+  ROW(X, BGRa10, 0x0240004C, BGRa, Unpacked, 10)                 \
+  ROW(X, BGRa12, 0x0240004E, BGRa, Unpacked, 12)                 \
+  ROW(X, RGBa10, 0x0240005F, RGBa, Unpacked, 10)                 \
+  ROW(X, RGBa12, 0x02400061, RGBa, Unpacked, 12)                 \
+  ROW(X, BayerRG10g40Qrv, 0x40000001, BayerRGPacked, Mipi, 10)   \
+  ROW(X, BayerGB10g40Qrv, 0x40000002, BayerGBPacked, Mipi, 10)   \
+  ROW(X, BayerGR10g40Qrv, 0x40000003, BayerGRPacked, Mipi, 10)   \
+  ROW(X, BayerBG10g40Qrv, 0x40000004, BayerBGPacked, Mipi, 10)   \
+  ROW(X, Mono10g40Qrv, 0x4000000F, MonoPacked, Mipi, 10)         \
+  ROW(X, BayerRG12g24Qrv, 0x40000011, BayerRGPacked, Mipi, 12)   \
+  ROW(X, BayerGB12g24Qrv, 0x40000012, BayerGBPacked, Mipi, 12)   \
+  ROW(X, BayerGR12g24Qrv, 0x40000013, BayerGRPacked, Mipi, 12)   \
+  ROW(X, BayerBG12g24Qrv, 0x40000014, BayerBGPacked, Mipi, 12)   \
   ROW(X, Mono12g24Qrv, 0x4000001F, MonoPacked, Mipi, 12)
 
 /*
@@ -138,8 +138,8 @@ enum {
 /* The ids as constants: KORVEL_PIXEL_FORMAT_Mono8, KORVEL_PIXEL_FORMAT_BayerRG12p, ... Functions take a uint32_t. */
 #define KORVEL_DETAIL_FORMAT_CONSTANT(name, id) KORVEL_PIXEL_FORMAT_##name = id,
 enum {
-  KORVEL_PIXEL_FORMATS(KORVEL_DETAIL_FORMAT_CONSTANT)
-  KORVEL_PIXEL_FORMAT_Invalid = 0 /* no format; an image of it has one byte per pixel and no meaning */
+  KORVEL_PIXEL_FORMATS(KORVEL_DETAIL_FORMAT_CONSTANT) KORVEL_PIXEL_FORMAT_Invalid =
+      0 /* no format; an image of it has one byte per pixel and no meaning */
 };
 #undef KORVEL_DETAIL_FORMAT_CONSTANT
 
@@ -229,8 +229,8 @@ KORVEL_API KORVEL_RETURN_CODE KORVEL_Image_Construct(uint32_t pixelFormat, size_
  * OutOfRange       width or height is 0
  * Error            no public format has this id
  */
-KORVEL_API KORVEL_RETURN_CODE KORVEL_Image_ConstructFromBuffer(uint32_t pixelFormat, uint8_t* buffer,
-                                                               size_t bufferSize, size_t width, size_t height,
+KORVEL_API KORVEL_RETURN_CODE KORVEL_Image_ConstructFromBuffer(uint32_t pixelFormat, uint8_t* buffer, size_t bufferSize,
+                                                               size_t width, size_t height,
                                                                KORVEL_IMAGE_HANDLE* imageHandle);
 
 /*
@@ -277,16 +277,15 @@ KORVEL_API KORVEL_RETURN_CODE KORVEL_Image_Clone(KORVEL_IMAGE_HANDLE imageHandle
  * Error            the conversion does not exist, or the memory can't be had
  */
 KORVEL_API KORVEL_RETURN_CODE KORVEL_Image_ConvertTo(KORVEL_IMAGE_HANDLE imageHandle, uint32_t outputPixelFormat,
-                                                     uint32_t conversionMode,
-                                                     KORVEL_IMAGE_HANDLE* outputImageHandle);
+                                                     uint32_t conversionMode, KORVEL_IMAGE_HANDLE* outputImageHandle);
 
 /*
  * Like KORVEL_Image_ConvertTo, with the result in the caller's memory: outputImageHandle then stands for an image over
  * outputImageBuffer, with the rules of KORVEL_Image_ConstructFromBuffer. See KORVEL_ImageConverter_ConvertToBuffer.
  */
-KORVEL_API KORVEL_RETURN_CODE KORVEL_Image_ConvertToBuffer(KORVEL_IMAGE_HANDLE imageHandle,
-                                                           uint32_t outputPixelFormat, uint8_t* outputImageBuffer,
-                                                           size_t outputImageBufferSize, uint32_t conversionMode,
+KORVEL_API KORVEL_RETURN_CODE KORVEL_Image_ConvertToBuffer(KORVEL_IMAGE_HANDLE imageHandle, uint32_t outputPixelFormat,
+                                                           uint8_t* outputImageBuffer, size_t outputImageBufferSize,
+                                                           uint32_t conversionMode,
                                                            KORVEL_IMAGE_HANDLE* outputImageHandle);
 
 /*
@@ -305,14 +304,16 @@ KORVEL_API KORVEL_RETURN_CODE KORVEL_Image_Destruct(KORVEL_IMAGE_HANDLE imageHan
  *   HighQuality  linear filters over 5 by 5 pixels that correct each colour with the gradients of the others
  *   Classic      bilinear, sampled half a pixel to the right and below; exists for BayerRG8 and BayerGR8 to 8-bit
  *                colour, from 16 by 16 pixels on, at even widths and heights; elsewhere HighQuality takes its place
+ *
+ * The outermost pixels are copies of their neighbours, except in Classic and in these conversions of Fast, which exist
+ * on processors with AVX from 16 by 16 pixels on, at even widths and heights, and compute each border pixel from the
+ * neighbours that it has: BayerRG8 and BayerGR8 to 8-bit colour, and BayerRG10 to RGB10p32. There, and for the same
+ * inputs to Mono8, where Fast gives the luminance of the colours, results depend on the processor's features; every
+ * other conversion gives the same pixels everywhere.
  */
 typedef uint32_t KORVEL_CONVERSION_MODE;
 
-enum {
-  KORVEL_CONVERSION_MODE_Fast = 1,
-  KORVEL_CONVERSION_MODE_HighQuality = 2,
-  KORVEL_CONVERSION_MODE_Classic = 3
-};
+enum { KORVEL_CONVERSION_MODE_Fast = 1, KORVEL_CONVERSION_MODE_HighQuality = 2, KORVEL_CONVERSION_MODE_Classic = 3 };
 
 /*
  * Makes a converter, in mode Fast. A converter keeps the memory of images that it made and that were destroyed, so
@@ -343,10 +344,10 @@ KORVEL_API KORVEL_RETURN_CODE KORVEL_ImageConverter_PreAllocateConversion(
  * InvalidHandle    imageConverterHandle is not known
  * InvalidArgument  conversionMode is null
  */
-KORVEL_API KORVEL_RETURN_CODE KORVEL_ImageConverter_GetConversionMode(
-    KORVEL_IMAGE_CONVERTER_HANDLE imageConverterHandle, uint32_t* conversionMode);
-KORVEL_API KORVEL_RETURN_CODE KORVEL_ImageConverter_SetConversionMode(
-    KORVEL_IMAGE_CONVERTER_HANDLE imageConverterHandle, uint32_t conversionMode);
+KORVEL_API KORVEL_RETURN_CODE
+KORVEL_ImageConverter_GetConversionMode(KORVEL_IMAGE_CONVERTER_HANDLE imageConverterHandle, uint32_t* conversionMode);
+KORVEL_API KORVEL_RETURN_CODE
+KORVEL_ImageConverter_SetConversionMode(KORVEL_IMAGE_CONVERTER_HANDLE imageConverterHandle, uint32_t conversionMode);
 
 /*
  * Lists the formats that inputPixelFormat converts to, itself among them.
@@ -393,18 +394,19 @@ KORVEL_API KORVEL_RETURN_CODE KORVEL_ImageConverter_Convert(KORVEL_IMAGE_CONVERT
  * Error            the conversion does not exist, outputImageBufferSize is above the byte count of the result where
  *                  it must be exact, or the memory can't be had
  */
-KORVEL_API KORVEL_RETURN_CODE KORVEL_ImageConverter_ConvertToBuffer(
-    KORVEL_IMAGE_CONVERTER_HANDLE imageConverterHandle, KORVEL_IMAGE_HANDLE inputImageHandle,
-    uint32_t outputPixelFormat, uint8_t* outputImageBuffer, size_t outputImageBufferSize,
-    KORVEL_IMAGE_HANDLE* outputImageHandle);
+KORVEL_API KORVEL_RETURN_CODE KORVEL_ImageConverter_ConvertToBuffer(KORVEL_IMAGE_CONVERTER_HANDLE imageConverterHandle,
+                                                                    KORVEL_IMAGE_HANDLE inputImageHandle,
+                                                                    uint32_t outputPixelFormat,
+                                                                    uint8_t* outputImageBuffer,
+                                                                    size_t outputImageBufferSize,
+                                                                    KORVEL_IMAGE_HANDLE* outputImageHandle);
 
 /*
  * Ends a handle. Images that the converter made stay valid.
  *
  * InvalidHandle  imageConverterHandle is not known
  */
-KORVEL_API KORVEL_RETURN_CODE
-KORVEL_ImageConverter_Destruct(KORVEL_IMAGE_CONVERTER_HANDLE imageConverterHandle);
+KORVEL_API KORVEL_RETURN_CODE KORVEL_ImageConverter_Destruct(KORVEL_IMAGE_CONVERTER_HANDLE imageConverterHandle);
 
 /* ------------------------------------------------------------------------------------------------ image writer -- */
 

@@ -80,7 +80,8 @@ TEST(ExportFrame, TurnsAGenericStatusAndAnyOtherExceptionIntoError) {
 TEST(FillArray, AnswersAQuestionForTheSize) {
   const int elements[] = {7, 8, 9};
   size_t size = 0;
-  EXPECT_EQ(FillArray(elements, 3, static_cast<int*>(nullptr), &size, "*array is too small!"), KORVEL_RETURN_CODE_Success + 0u);
+  EXPECT_EQ(FillArray(elements, 3, static_cast<int*>(nullptr), &size, "*array is too small!"),
+            KORVEL_RETURN_CODE_Success + 0u);
   EXPECT_EQ(size, 3u);
 }
 
