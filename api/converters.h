@@ -12,7 +12,12 @@
 
 namespace korvel::internal {
 
-// A converter on a pool of its own, whose fixed pools start with numBuffers buffers each.
+// The buffers of each size that a converter's pool starts with: enough for an application that holds a few results, and
+// what a single result takes.
+inline constexpr size_t kBuffersOfAConverter = 5;
+inline constexpr size_t kBuffersOfOneResult = 1;
+
+// A converter on a pool of its own.
 std::shared_ptr<img::processing::ImageConverter> MakeConverter(size_t numBuffers);
 
 // Converts a whole buffer. The result keeps the converter's pool alive.

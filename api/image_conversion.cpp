@@ -14,6 +14,8 @@ using korvel::internal::ConvertIntoMemory;
 using korvel::internal::ExportFrame;
 using korvel::internal::FindImage;
 using korvel::internal::HoldsResult;
+using korvel::internal::kBuffersOfAConverter;
+using korvel::internal::kBuffersOfOneResult;
 using korvel::internal::kSuccess;
 using korvel::internal::MakeConverter;
 using korvel::internal::RegisterImage;
@@ -34,8 +36,8 @@ KORVEL_RETURN_CODE KORVEL_Image_Clone(KORVEL_IMAGE_HANDLE imageHandle, KORVEL_IM
     const auto buffer = FindImage(imageHandle);
     KORVEL_REQUIRE_HANDLE(buffer, imageHandle);
     KORVEL_REQUIRE_POINTER(outputImageHandle);
-    *outputImageHandle =
-        RegisterImage(ConvertBuffer(*MakeConverter(1), *buffer, static_cast<uint32_t>(buffer->Format())));
+    *outputImageHandle = RegisterImage(
+        ConvertBuffer(*MakeConverter(kBuffersOfOneResult), *buffer, static_cast<uint32_t>(buffer->Format())));
     return kSuccess;
   });
 }
@@ -46,7 +48,7 @@ KORVEL_RETURN_CODE KORVEL_Image_ConvertTo(KORVEL_IMAGE_HANDLE imageHandle, uint3
     const auto buffer = FindImage(imageHandle);
     KORVEL_REQUIRE_HANDLE(buffer, imageHandle);
     KORVEL_REQUIRE_POINTER(outputImageHandle);
-    const auto converter = MakeConverter(1);
+    const auto converter = MakeConverter(kBuffersOfOneResult);
     converter->SetConversionMode(conversionMode);
     *outputImageHandle = RegisterImage(CopyOutOfPool(*ConvertBuffer(*converter, *buffer, outputPixelFormat)));
     return kSuccess;
@@ -63,7 +65,7 @@ KORVEL_RETURN_CODE KORVEL_Image_ConvertToBuffer(KORVEL_IMAGE_HANDLE imageHandle,
     KORVEL_REQUIRE_POINTER(outputImageHandle);
     KORVEL_REQUIRE(HoldsResult(*buffer, outputPixelFormat, outputImageBufferSize), KORVEL_RETURN_CODE_BufferToSmall,
                    "outputImageBuffer is too small!");
-    const auto converter = MakeConverter(5);
+    const auto converter = MakeConverter(kBuffersOfAConverter);
     converter->SetConversionMode(conversionMode);
     *outputImageHandle = RegisterImage(
         ConvertIntoMemory(*converter, *buffer, outputPixelFormat, outputImageBuffer, outputImageBufferSize));

@@ -20,9 +20,6 @@ using korvel::internal::ToExported;
 
 namespace {
 
-// The buffers of each size that a converter starts with: enough for an application that holds a few results.
-constexpr size_t kDefaultNumBuffers = 5;
-
 std::shared_ptr<img::processing::ImageConverter> FindConverter(KORVEL_IMAGE_CONVERTER_HANDLE imageConverterHandle) {
   return HandleRegistry::Instance().ImageConverters().Find(FromExported(imageConverterHandle));
 }
@@ -33,7 +30,7 @@ KORVEL_RETURN_CODE KORVEL_ImageConverter_Construct(KORVEL_IMAGE_CONVERTER_HANDLE
   return ExportFrame([&] {
     KORVEL_REQUIRE_POINTER(imageConverterHandle);
     *imageConverterHandle = ToExported<KORVEL_IMAGE_CONVERTER_HANDLE>(
-        HandleRegistry::Instance().ImageConverters().Add(MakeConverter(kDefaultNumBuffers)));
+        HandleRegistry::Instance().ImageConverters().Add(MakeConverter(korvel::internal::kBuffersOfAConverter)));
     return kSuccess;
   });
 }

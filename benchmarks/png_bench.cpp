@@ -2,6 +2,7 @@
 #include <unistd.h>
 
 #include <cstdio>
+#include <cstdlib>
 #include <filesystem>
 #include <memory>
 #include <stdexcept>
@@ -45,7 +46,11 @@ class TemporaryFile {
   std::string path_;
 };
 
-[[noreturn]] void OnError(png_structp /*png*/, png_const_charp text) { throw std::runtime_error(text); }
+// libpng wants to be left with a jump or not at all; a benchmark without its peer has nothing to say.
+[[noreturn]] void OnError(png_structp /*png*/, png_const_charp text) {
+  std::fprintf(stderr, "libpng: %s\n", text);
+  std::abort();
+}
 
 // The same image by libpng alone, with the library's settings.
 void WriteWithLibpng(const std::string& path, const std::vector<uint8_t>& pixels, PixelFormatId format,

@@ -35,7 +35,7 @@ class IfcFixedFormatBufferPool : public IfcBufferPool, public std::enable_shared
   virtual size_t NumBuffersWanted() const = 0;
   virtual size_t BufferLimit() const = 0;
 
-  // Makes buffers until there are that many; never fewer. Takes no lock: for use before others use the pool.
+  // Makes buffers until there are that many; never fewer.
   virtual void SetNumBuffersWanted(size_t numBuffers) = 0;
 
   // Called by a pooled buffer at its end, with the key of its memory.

@@ -32,7 +32,7 @@ std::shared_ptr<IfcImageBuffer> FixedFormatVectorBufferPool::AllocBuffer(PixelFo
         "Pool: Invalid buffer format!");
   }
   std::shared_ptr<IfcFixedFormatBufferPool> self = shared_from_this();
-  if (freeList_.empty()) freeList_.push_back(AllocBuffer());
+  if (freeList_.empty()) MakeFreeBuffer();
   const size_t key = freeList_.back();
   // The memory leaves the free list only once its new holder exists.
   auto made = PooledImageBuffer::CreateBuffer(format, storage_.at(key).empty() ? nullptr : storage_.at(key).data(),
@@ -53,9 +53,16 @@ size_t FixedFormatVectorBufferPool::AllocBuffer() {
   return key;
 }
 
+void FixedFormatVectorBufferPool::MakeFreeBuffer() {
+  // The node comes first: memory that is in no list would count as in use for ever.
+  std::list<size_t> node(1);
+  node.front() = AllocBuffer();
+  freeList_.splice(freeList_.end(), node);
+}
+
 void FixedFormatVectorBufferPool::MakeFreeBuffers(size_t numBuffers) {
   // Counts buffers made, not entries: memory of length 0 has one entry however often it is made.
-  for (size_t made = storage_.size(); made < numBuffers; ++made) freeList_.push_back(AllocBuffer());
+  for (size_t made = storage_.size(); made < numBuffers; ++made) MakeFreeBuffer();
 }
 
 void FixedFormatVectorBufferPool::Reset() {
@@ -83,7 +90,13 @@ size_t FixedFormatVectorBufferPool::NumBuffersInUse() const {
 
 size_t FixedFormatVectorBufferPool::TotalByteCount() const { return BufferByteCount() * NumBuffers(); }
 
+size_t FixedFormatVectorBufferPool::NumBuffersWanted() const {
+  const std::lock_guard lock(mutex_);
+  return numBuffersWanted_;
+}
+
 void FixedFormatVectorBufferPool::SetNumBuffersWanted(size_t numBuffers) {
+  const std::lock_guard lock(mutex_);
   numBuffersWanted_ = numBuffers;
   MakeFreeBuffers(numBuffers);
 }

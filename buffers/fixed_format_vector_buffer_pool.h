@@ -31,7 +31,7 @@ class FixedFormatVectorBufferPool final : public IfcFixedFormatBufferPool {
   size_t NumBuffersInUse() const override;
   size_t TotalByteCount() const override;
   size_t BufferByteCount() const override { return bufferByteCount_; }
-  size_t NumBuffersWanted() const override { return numBuffersWanted_; }
+  size_t NumBuffersWanted() const override;
   size_t BufferLimit() const override { return bufferLimit_; }
   void SetNumBuffersWanted(size_t numBuffers) override;
   void ReleaseBuffer(size_t key) override;
@@ -39,6 +39,7 @@ class FixedFormatVectorBufferPool final : public IfcFixedFormatBufferPool {
  private:
   // All of these want the mutex held, or nobody else to know the pool.
   size_t AllocBuffer();
+  void MakeFreeBuffer();
   void MakeFreeBuffers(size_t numBuffers);
   bool AllFree() const { return freeList_.size() >= storage_.size(); }
 

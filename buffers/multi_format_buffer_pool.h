@@ -10,7 +10,8 @@ namespace img::buffer {
 
 class MultiFormatBufferPool final : public IfcMultiFormatBufferPool {
  public:
-  // defaultNumBuffers is the number of buffers that the fixed pool of each byte size starts with.
+  // defaultNumBuffers is the number of buffers that the fixed pool of each byte size starts with, or fewer where all
+  // of them would exceed LargestAllocation().
   MultiFormatBufferPool(std::shared_ptr<IfcFixedFormatBufferPoolFactory> factory, size_t defaultNumBuffers);
 
   // Throws as PixelFormatInfo_CalcSizeOfPixels does for an unknown id, std::bad_alloc if the memory can't be had.

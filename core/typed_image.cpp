@@ -22,8 +22,9 @@ template <PixelFormatId formatId>
       function + " [formatId = img::PixelFormatId::" + PixelFormatInfo_Name(formatId) + "]", text);
 }
 
-// Bytes from an address in a buffer to the buffer's end; 0 beyond it.
+// Bytes from an address in a buffer to the buffer's end; 0 beyond it, and in a buffer that has lost its memory.
 size_t BytesLeft(const buffer::IfcImageBuffer& imageBuffer, const uint8_t* address) {
+  if (imageBuffer.Data() == nullptr) return 0;
   const auto offset = static_cast<size_t>(address - imageBuffer.Data());
   return offset < imageBuffer.ByteCount() ? imageBuffer.ByteCount() - offset : 0;
 }
@@ -34,7 +35,7 @@ void CopyBytes(IfcImage& to, const IfcImage& from, size_t line, size_t byteCount
   uint8_t* const target = to.PixelPointer(0, line);
   const uint8_t* const source = from.PixelPointer(0, line);
   const size_t left = std::min(BytesLeft(*to.Buffer(), target), BytesLeft(*from.Buffer(), source));
-  std::memcpy(target, source, std::min(byteCount, left));
+  if (left != 0) std::memcpy(target, source, std::min(byteCount, left));
 }
 
 constexpr const char* kWrongFormat = "Image buffer has wrong pixel format.";

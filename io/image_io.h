@@ -31,12 +31,16 @@ class IfcImageOutput : public IfcImageIO {
 // How a file is to be written.
 struct ImgParameter {
   FileFormat fileFormat;
+
+ protected:
+  // Only the type that belongs to a file format names that format.
+  explicit ImgParameter(FileFormat format) : fileFormat(format) {}
 };
 
 struct PNGParameter : ImgParameter {
   static constexpr uint32_t kDefaultQuality = 100;
 
-  explicit PNGParameter(uint32_t pngQuality = kDefaultQuality) : ImgParameter{FileFormat::Png}, quality(pngQuality) {}
+  explicit PNGParameter(uint32_t pngQuality = kDefaultQuality) : ImgParameter(FileFormat::Png), quality(pngQuality) {}
 
   uint32_t quality;  // 10 makes the smallest file, 100 is the fastest
 };

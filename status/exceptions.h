@@ -24,8 +24,6 @@ struct ExceptionModule {
   static constexpr int32_t kNumber = static_cast<int32_t>(module);
   static constexpr const char* LogName() {
     switch (module) {
-      case cfg_libimg::Modules::Default:
-        return "libimg_Default";
       case cfg_libimg::Modules::Io:
         return "libimg_io";
       case cfg_libimg::Modules::Processing:
@@ -34,7 +32,10 @@ struct ExceptionModule {
         return "libimg_pixel";
       case cfg_libimg::Modules::Buffer:
         return "libimg_buffer";
+      case cfg_libimg::Modules::Default:
+        break;
     }
+    return "libimg_Default";
   }
 };
 

@@ -20,6 +20,7 @@
  * - Pixel formats are passed as 32-bit ids: the codes of the GenICam Pixel Format Naming Convention (PFNC), and
  *   ids of the library's own that begin 0x4000.
  * - Sizes of images are in pixels, sizes of memory in bytes.
+ * - No single image takes more than half of the physical memory; the library refuses larger ones of its own.
  */
 #ifndef KORVEL_KORVEL_H
 #define KORVEL_KORVEL_H
@@ -179,7 +180,8 @@ KORVEL_API KORVEL_RETURN_CODE KORVEL_Library_GetLastError(uint32_t* lastErrorCod
 
 /*
  * Properties of a pixel format. Bits are significant where they carry a value, and storage bits where they take up
- * memory. KORVEL_PIXEL_FORMAT_Invalid answers like an 8-bit format of one channel.
+ * memory. KORVEL_PIXEL_FORMAT_Invalid answers like an 8-bit format of one channel. A few ids that the library uses
+ * inside, all above 0xFFF00000, have answers too.
  *
  * InvalidArgument  the result pointer is null
  * Error            no format has this id
@@ -224,6 +226,7 @@ KORVEL_API KORVEL_RETURN_CODE KORVEL_Image_Construct(uint32_t pixelFormat, size_
  * Makes an image over the caller's memory; nothing is copied. buffer must hold bufferSize bytes, at least those of
  * width * height pixels; it needs no alignment. It stays the caller's and must stay valid until the handle, and all
  * that was made over the same memory, is gone. What the library writes to this image lands in buffer.
+ * KORVEL_PIXEL_FORMAT_Invalid may have a width or height of 0; KORVEL_Image_GetData gives buffer all the same.
  *
  * InvalidArgument  buffer or imageHandle is null, or bufferSize is too small
  * OutOfRange       width or height is 0
@@ -270,7 +273,8 @@ KORVEL_API KORVEL_RETURN_CODE KORVEL_Image_Clone(KORVEL_IMAGE_HANDLE imageHandle
 
 /*
  * Converts one image to another format; for streams of images use a converter, which keeps its memory. See
- * KORVEL_ImageConverter_Convert for the formats, and KORVEL_CONVERSION_MODE for conversionMode.
+ * KORVEL_ImageConverter_Convert for the formats and for when the input image is changed, and KORVEL_CONVERSION_MODE for
+ * conversionMode.
  *
  * InvalidHandle    imageHandle is not known
  * InvalidArgument  outputImageHandle is null
@@ -281,7 +285,8 @@ KORVEL_API KORVEL_RETURN_CODE KORVEL_Image_ConvertTo(KORVEL_IMAGE_HANDLE imageHa
 
 /*
  * Like KORVEL_Image_ConvertTo, with the result in the caller's memory: outputImageHandle then stands for an image over
- * outputImageBuffer, with the rules of KORVEL_Image_ConstructFromBuffer. See KORVEL_ImageConverter_ConvertToBuffer.
+ * outputImageBuffer, with the rules of KORVEL_Image_ConstructFromBuffer. See KORVEL_ImageConverter_ConvertToBuffer,
+ * which also tells the codes, but for InvalidHandle: imageHandle is not known.
  */
 KORVEL_API KORVEL_RETURN_CODE KORVEL_Image_ConvertToBuffer(KORVEL_IMAGE_HANDLE imageHandle, uint32_t outputPixelFormat,
                                                            uint8_t* outputImageBuffer, size_t outputImageBufferSize,
@@ -328,6 +333,7 @@ KORVEL_API KORVEL_RETURN_CODE KORVEL_ImageConverter_Construct(KORVEL_IMAGE_CONVE
  * be alive at once.
  *
  * Whether the whole conversion exists isn't asked: KORVEL_ImageConverter_GetSupportedOutputPixelFormats tells that.
+ * If memory runs out on the way, what was taken before stays with the converter.
  *
  * InvalidHandle  imageConverterHandle is not known
  * OutOfRange     imageWidth or imageHeight is 0
@@ -369,7 +375,7 @@ KORVEL_API KORVEL_RETURN_CODE KORVEL_ImageConverter_GetSupportedOutputPixelForma
  * when the new handle is destroyed. Width and height stay.
  *
  * Red and blue are swapped between RGB and BGR formats in the input's own memory before the result is copied from it:
- * where that is the first stage (RGB8 to BGR8, say), the input image is changed.
+ * where that is the first stage (RGB8 to BGR8, say), the input image is changed, also by a call that fails later on.
  *
  * InvalidHandle    imageConverterHandle or inputImageHandle is not known
  * InvalidArgument  outputImageHandle is null
@@ -384,7 +390,8 @@ KORVEL_API KORVEL_RETURN_CODE KORVEL_ImageConverter_Convert(KORVEL_IMAGE_CONVERT
  * Like KORVEL_ImageConverter_Convert, with the result in the caller's memory: outputImageHandle then stands for an
  * image over outputImageBuffer, with the rules of KORVEL_Image_ConstructFromBuffer. The common conversions from Bayer
  * to 8-bit colour write there directly; all others make an image first and copy it, and for them
- * outputImageBufferSize must be the exact byte count of the result.
+ * outputImageBufferSize must be the exact byte count of the result. A swap of red and blue changes the input image as
+ * told there, also in a call that then fails on outputImageBufferSize.
  *
  * In mode Classic, only BayerRG8 and BayerGR8 to RGB8, BGR8, RGBa8 or BGRa8 are accepted.
  *

@@ -97,11 +97,11 @@ bool Runs(void (*stage)(const Writing&), const Writing& writing) {
   return true;
 }
 
-int CompressionLevel(uint32_t quality) {
+}  // namespace
+
+int PNGWriter::CompressionLevel(uint32_t quality) {
   return static_cast<int>(9 - (int64_t{static_cast<int32_t>(quality)} - 10) / 10);
 }
-
-}  // namespace
 
 void PNGWriter::writeImage(const std::string& path, const IfcImage& image, const PNGParameter& parameter) {
   const PNGHeader header = PNGHeader::imgToHeader(image);

@@ -16,6 +16,11 @@
 
 namespace img::processing {
 
+// The Bayer formats whose samples have an address of their own.
+inline bool IsUnpackedBayer(PixelFormatId format) {
+  return PixelFormatInfo_Type(format) == PixelType::Bayer && !PixelFormatInfo_IsPacked(format);
+}
+
 // The phase of a mosaic: the column and the line of red in the 2 by 2 cell at the top left. Blue lies diagonally
 // opposite, green on the other two.
 struct BayerPhase {
@@ -42,7 +47,7 @@ constexpr BayerPhase PhaseOf(PixelClass pixelClass) {
 }
 
 template <PixelFormatId formatId>
-using SampleOf = std::conditional_t<kFacts<formatId>.storageBits == 8, uint8_t, uint16_t>;
+using SampleOf = typename pixel_accessor::ChannelAccessor<formatId>::ChannelType;
 
 // A line's samples, from memory without alignment.
 template <class Sample>

@@ -1,10 +1,10 @@
 #include "processing/conversion/bayer_to_color.h"
 
+#include "processing/conversion/bayer_sites.h"
+
 namespace img::processing {
 
-bool BayerToColor::IsInputFormatSupported(PixelFormatId format) {
-  return PixelFormatInfo_Type(format) == PixelType::Bayer && !PixelFormatInfo_IsPacked(format);
-}
+bool BayerToColor::IsInputFormatSupported(PixelFormatId format) { return IsUnpackedBayer(format); }
 
 ImageFormat BayerToColor::ColourOf(PixelClass target, const ImageFormat& input) {
   if (!IsInputFormatSupported(input.format)) return {input.area, PixelFormatId::Invalid};

@@ -104,9 +104,7 @@ class TBayerToMono2x2Simple : public std::conditional_t<IsUnpacked(kFacts<in>), 
 
 }  // namespace
 
-bool BayerToMono2x2Simple::IsInputFormatSupported(PixelFormatId format) {
-  return PixelFormatInfo_Type(format) == PixelType::Bayer && !PixelFormatInfo_IsPacked(format);
-}
+bool BayerToMono2x2Simple::IsInputFormatSupported(PixelFormatId format) { return IsUnpackedBayer(format); }
 
 ImageFormat BayerToMono2x2Simple::GetOutputImageFormat(const ImageFormat& input) {
   if (!IsInputFormatSupported(input.format)) return {input.area, PixelFormatId::Mono8};

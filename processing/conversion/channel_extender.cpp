@@ -2,6 +2,7 @@
 
 #include <type_traits>
 
+#include "core/channel_accessor.h"
 #include "processing/conversion/unaligned.h"
 
 namespace img::processing {
@@ -23,7 +24,7 @@ template <PixelFormatId formatIdInput, PixelFormatId formatIdOutput>
 class TChannelExtender_Impl : public FormatPairModule<formatIdInput, formatIdOutput> {
  public:
   void Process(const IfcImage& input, IfcImage& output) override {
-    using Sample = std::conditional_t<kFacts<formatIdInput>.storageBits == 8, uint8_t, uint16_t>;
+    using Sample = typename pixel_accessor::ChannelAccessor<formatIdInput>::ChannelType;
     const Size2D& size = input.Area().size;
     for (size_t y = 0; y < size.height; ++y) {
       ExtendLine<Sample, kFacts<formatIdOutput>.channels>(input.PixelPointer(0, y), size.width,

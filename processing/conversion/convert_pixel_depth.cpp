@@ -1,34 +1,25 @@
 #include "processing/conversion/convert_pixel_depth.h"
 
-#include <algorithm>
-#include <string>
 #include <type_traits>
 
+#include "core/channel_accessor.h"
 #include "processing/conversion/unaligned.h"
+#include "processing/pair_signature.h"
 #include "status/ensure.h"
 
 namespace img::processing {
 namespace {
 
-template <unsigned bits>
-using SampleOf = std::conditional_t<bits == 8, uint8_t, uint16_t>;
-
-template <unsigned fromBits, unsigned toBits>
+template <PixelFormatId formatIdInput, PixelFormatId formatIdOutput>
 void ShiftSamples(const uint8_t* input, size_t count, uint8_t* output) {
+  using Input = typename pixel_accessor::ChannelAccessor<formatIdInput>::ChannelType;
+  using Output = typename pixel_accessor::ChannelAccessor<formatIdOutput>::ChannelType;
+  constexpr uint32_t kFrom = kFacts<formatIdInput>.significantBits;
+  constexpr uint32_t kTo = kFacts<formatIdOutput>.significantBits;
   for (size_t i = 0; i < count; ++i) {
-    const unsigned value = LoadSample<SampleOf<fromBits>>(input, i);
-    const unsigned shifted = fromBits < toBits ? value << (toBits - fromBits) : value >> (fromBits - toBits);
-    StoreSample(output, i, static_cast<SampleOf<toBits>>(shifted));
+    const unsigned value = LoadSample<Input>(input, i);
+    StoreSample(output, i, static_cast<Output>(kFrom < kTo ? value << (kTo - kFrom) : value >> (kFrom - kTo)));
   }
-}
-
-// The locations of failures name the instance.
-std::string ProcessSignature(const FormatFacts& in, const FormatFacts& out) {
-  const std::string input = "img::PixelFormatId::" + std::string(in.name);
-  const std::string output = "img::PixelFormatId::" + std::string(out.name);
-  return "virtual void img::processing::TConvertPixelDepth_Impl<" + input + ", " + output +
-         ">::Process(const img::IfcImage &, img::IfcImage &) [formatIdInput = " + input +
-         ", formatIdOutput = " + output + "]";
 }
 
 template <PixelFormatId formatIdInput, PixelFormatId formatIdOutput>
@@ -37,12 +28,15 @@ class TConvertPixelDepth_Impl : public FormatPairModule<formatIdInput, formatIdO
   void Process(const IfcImage& input, IfcImage& output) override {
     const Size2D& size = input.Area().size;
     if (size != output.Area().size) {
-      korvel::internal::Ensure(false, ProcessSignature(kFacts<formatIdInput>, kFacts<formatIdOutput>),
-                               korvel::internal::ImgStatusCode::InvalidParameterUtilx);
+      korvel::internal::Ensure(
+          false,
+          PairSignature("virtual void", "TConvertPixelDepth_Impl", "Process(const img::IfcImage &, img::IfcImage &)",
+                        kFacts<formatIdInput>, kFacts<formatIdOutput>),
+          korvel::internal::ImgStatusCode::InvalidParameterUtilx);
     }
     for (size_t y = 0; y < size.height; ++y) {
-      ShiftSamples<kFacts<formatIdInput>.significantBits, kFacts<formatIdOutput>.significantBits>(
-          input.PixelPointer(0, y), size.width * kFacts<formatIdInput>.channels, output.PixelPointer(0, y));
+      ShiftSamples<formatIdInput, formatIdOutput>(input.PixelPointer(0, y), size.width * kFacts<formatIdInput>.channels,
+                                                  output.PixelPointer(0, y));
     }
   }
 };

@@ -263,28 +263,38 @@ void ConvertClassic(const Mosaic<uint8_t>& mosaic, uint8_t* output) {
   }
 }
 
-// Calls convert with the format as a constant if it is one of the 8-bit colours; false otherwise.
+constexpr bool IsColour8(const FormatFacts& facts) {
+  return facts.type == PixelType::Color && facts.significantBits == 8;
+}
+
+// Calls convert with the format as a constant if it is an 8-bit colour; false otherwise.
 template <class ConvertTo>
 bool ForColour8(PixelFormatId format, ConvertTo&& convert) {
   switch (format) {
-    case PixelFormatId::RGB8:
-      convert(std::integral_constant<PixelFormatId, PixelFormatId::RGB8>{});
-      return true;
-    case PixelFormatId::BGR8:
-      convert(std::integral_constant<PixelFormatId, PixelFormatId::BGR8>{});
-      return true;
-    case PixelFormatId::RGBa8:
-      convert(std::integral_constant<PixelFormatId, PixelFormatId::RGBa8>{});
-      return true;
-    case PixelFormatId::BGRa8:
-      convert(std::integral_constant<PixelFormatId, PixelFormatId::BGRa8>{});
-      return true;
+#define KORVEL_CASE(name)                                                    \
+  case PixelFormatId::name:                                                  \
+    if constexpr (IsColour8(kFacts<PixelFormatId::name>)) {                  \
+      convert(std::integral_constant<PixelFormatId, PixelFormatId::name>{}); \
+      return true;                                                           \
+    }                                                                        \
+    return false;
+    KORVEL_FOR_EACH_PUBLIC_FORMAT(KORVEL_CASE)
+#undef KORVEL_CASE
     default:
       return false;
   }
 }
 
 }  // namespace
+
+bool DebayeringOptimized::IsClassicInput(PixelFormatId format) {
+  return format == PixelFormatId::BayerRG8 || format == PixelFormatId::BayerGR8;
+}
+
+bool DebayeringOptimized::IsClassicOutput(PixelFormatId format) {
+  const std::optional<FormatFacts> facts = FindFacts(format);
+  return facts && IsColour8(*facts);
+}
 
 bool DebayeringOptimized::Convert(const uint8_t* input, size_t width, size_t height, PixelFormatId inputFormat,
                                   uint8_t* output, size_t /*outputSize*/, PixelFormatId outputFormat,
@@ -298,7 +308,8 @@ bool DebayeringOptimized::Convert(const uint8_t* input, size_t width, size_t hei
     return true;
   }
 
-  if (inputFormat != PixelFormatId::BayerGR8 && inputFormat != PixelFormatId::BayerRG8) return false;
+  // Classic and the 8-bit paths of Fast exist for the same inputs.
+  if (!IsClassicInput(inputFormat)) return false;
   const Mosaic<uint8_t> mosaic{input, width, height, PhaseOf(PixelFormatInfo_Class(inputFormat))};
   if (conversionMode == kConversionModeClassic) {
     return ForColour8(outputFormat, [&](auto format) { ConvertClassic<format>(mosaic, output); });

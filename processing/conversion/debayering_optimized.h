@@ -18,6 +18,10 @@ class DebayeringOptimized {
  public:
   explicit DebayeringOptimized(const ProcessorFeatures& features) : features_(features) {}
 
+  // The formats between which Classic exists.
+  static bool IsClassicInput(PixelFormatId format);
+  static bool IsClassicOutput(PixelFormatId format);
+
   // Converts and returns true, or touches nothing and returns false. Pixels lie without gaps from input and output on,
   // with no alignment; outputSize is not read.
   //

@@ -194,12 +194,11 @@ void ImageConverter::ConvertPixelFormat(const std::shared_ptr<IfcImage>& input, 
   const uint32_t mode = conversionMode_;
   const IfcImage& source = *input;
   if (mode == kConversionModeClassic) {
-    if (source.PixelFormat() != PixelFormatId::BayerRG8 && source.PixelFormat() != PixelFormatId::BayerGR8) {
+    if (!DebayeringOptimized::IsClassicInput(source.PixelFormat())) {
       Throw(ImgStatusCode::Error, kBufferFormLocation,
             "ImageConverter: the input pixel format does not support the classic conversion mode.");
     }
-    if (output != PixelFormatId::RGB8 && output != PixelFormatId::BGR8 && output != PixelFormatId::RGBa8 &&
-        output != PixelFormatId::BGRa8) {
+    if (!DebayeringOptimized::IsClassicOutput(output)) {
       Throw(ImgStatusCode::Error, kBufferFormLocation,
             "ImageConverter: the output pixel format does not support the classic conversion mode.");
     }
@@ -273,12 +272,14 @@ void ImageConverter::PreAllocateConversion(PixelFormatId input, PixelFormatId ou
   }
 
   RequireNotEmpty(size, kLocation);
+  size_t taken = 0;
   const auto requireMemory = [&](PixelFormatId wanted, size_t count) {
     const std::optional<size_t> byteCount = CheckedByteCount(*FindFacts(wanted), size);
-    if (!byteCount || count > MostAllocations(*byteCount)) {
+    if (!byteCount || count > MostAllocations(*byteCount, taken)) {
       Throw(ImgStatusCode::Error, kLocation,
             "ImageConverter: " + std::to_string(count) + " images of this size exceed the memory!");
     }
+    taken += count * *byteCount;
   };
   for (const PixelFormatId intermediate : intermediates) requireMemory(intermediate, 1);
   requireMemory(format, imageCount);

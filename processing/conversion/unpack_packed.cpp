@@ -1,11 +1,10 @@
 #include "processing/conversion/unpack_packed.h"
 
-#include <algorithm>
 #include <string>
 #include <type_traits>
 
-#include "core/typed_image.h"
 #include "processing/conversion/unaligned.h"
+#include "processing/pair_signature.h"
 #include "status/exceptions.h"
 
 namespace img::processing {
@@ -32,13 +31,10 @@ unsigned SecondSample12p(const uint8_t* group) { return group[1] >> 4 | group[2]
 
 [[noreturn]] void ThrowCorrupted(const char* className, const FormatFacts& in, const FormatFacts& out,
                                  const char* layout) {
-  const std::string input = "img::PixelFormatId::" + std::string(in.name);
-  const std::string output = "img::PixelFormatId::" + std::string(out.name);
   korvel::internal::ThrowStatus<cfg_libimg::Modules::Processing>(
       korvel::internal::ImgStatusCode::InvalidBufferUtilx,
-      std::string("static void img::processing::") + className + "<" + input + ", " + output +
-          ">::ProcessRaw(const img::TImage<formatIdInput> &, img::TImage<formatIdOutput> &) [formatIdInput = " + input +
-          ", formatIdOutput = " + output + "]",
+      PairSignature("static void", className,
+                    "ProcessRaw(const img::TImage<formatIdInput> &, img::TImage<formatIdOutput> &)", in, out),
       std::string("Corrupted input image for ") + layout + " format.");
 }
 
@@ -118,37 +114,78 @@ void Unpack12g24(const uint8_t* input, size_t sampleCount, uint8_t* output) {
 
 namespace {
 
-// The working instances. An image of any format with the input's layout comes in, so what counts is the layout.
+// The working instances. Images of any format with the input's layout come in, so they are known by their interface.
+
+size_t PixelCount(const IfcImage& image) { return image.Area().size.width * image.Area().size.height; }
+
 template <PixelFormatId formatIdInput, PixelFormatId formatIdOutput>
-class TUnpackPacked_Impl : public FormatPairModule<formatIdInput, formatIdOutput> {
+class TUnpackPacked_Impl_10Bit : public FormatPairModule<formatIdInput, formatIdOutput> {
  public:
-  void Process(const IfcImage& input, IfcImage& output) override {
-    const Size2D& size = input.Area().size;
-    const uint8_t* const stream = input.PixelPointer(0, 0);
-    uint8_t* const samples = output.PixelPointer(0, 0);
-    constexpr FormatFacts kInput = kFacts<formatIdInput>;
-    if constexpr (kInput.layout == PixelLayout::Word32) {
-      Unpack10p32(stream, input.ByteCount(), samples);
-    } else if constexpr (kInput.layout == PixelLayout::NoAlignment && kInput.significantBits == 10) {
-      Unpack10p(stream, input.ByteCount(), samples);
-    } else if constexpr (kInput.layout == PixelLayout::NoAlignment) {
-      Unpack12p(stream, input.ByteCount(), samples);
-    } else if constexpr (kInput.significantBits == 10) {
-      Unpack10g40(stream, size.width * size.height, samples);
-    } else {
-      Unpack12g24(stream, size.width * size.height, samples);
-    }
+  void Process(const IfcImage& input, IfcImage& output) override { ProcessRaw(input, output); }
+  static void ProcessRaw(const IfcImage& input, IfcImage& output) {
+    Unpack10p(input.PixelPointer(0, 0), input.ByteCount(), output.PixelPointer(0, 0));
   }
 };
 
-constexpr bool IsUnpacking(const FormatFacts& from, const FormatFacts& to) {
-  return from.IsPacked() && !to.IsPacked() && from.channels == to.channels &&
-         from.significantBits == to.significantBits;
+template <PixelFormatId formatIdInput, PixelFormatId formatIdOutput>
+class TUnpackPacked_Impl_12Bit : public FormatPairModule<formatIdInput, formatIdOutput> {
+ public:
+  void Process(const IfcImage& input, IfcImage& output) override { ProcessRaw(input, output); }
+  static void ProcessRaw(const IfcImage& input, IfcImage& output) {
+    Unpack12p(input.PixelPointer(0, 0), input.ByteCount(), output.PixelPointer(0, 0));
+  }
+};
+
+template <PixelFormatId formatIdInput, PixelFormatId formatIdOutput>
+class TUnpackPacked_Impl_Mipi_10Bit : public FormatPairModule<formatIdInput, formatIdOutput> {
+ public:
+  void Process(const IfcImage& input, IfcImage& output) override { ProcessRaw(input, output); }
+  static void ProcessRaw(const IfcImage& input, IfcImage& output) {
+    Unpack10g40(input.PixelPointer(0, 0), PixelCount(input), output.PixelPointer(0, 0));
+  }
+};
+
+template <PixelFormatId formatIdInput, PixelFormatId formatIdOutput>
+class TUnpackPacked_Impl_Mipi_12Bit : public FormatPairModule<formatIdInput, formatIdOutput> {
+ public:
+  void Process(const IfcImage& input, IfcImage& output) override { ProcessRaw(input, output); }
+  static void ProcessRaw(const IfcImage& input, IfcImage& output) {
+    Unpack12g24(input.PixelPointer(0, 0), PixelCount(input), output.PixelPointer(0, 0));
+  }
+};
+
+template <PixelFormatId formatIdInput, PixelFormatId formatIdOutput>
+class TUnpackPacked_Impl_10p32Bit : public FormatPairModule<formatIdInput, formatIdOutput> {
+ public:
+  void Process(const IfcImage& input, IfcImage& output) override { ProcessRaw(input, output); }
+  static void ProcessRaw(const IfcImage& input, IfcImage& output) {
+    Unpack10p32(input.PixelPointer(0, 0), input.ByteCount(), output.PixelPointer(0, 0));
+  }
+};
+
+// What an instance derives from: the working body of its layout, if its output is what that unpacks to.
+template <PixelFormatId in, PixelFormatId out>
+constexpr auto BaseOf() {
+  constexpr FormatFacts kIn = kFacts<in>;
+  constexpr FormatFacts kOut = kFacts<out>;
+  if constexpr (!kIn.IsPacked() || kOut.IsPacked() || kIn.channels != kOut.channels ||
+                kIn.significantBits != kOut.significantBits) {
+    return std::type_identity<ConversionModuleNotImplementedForFormat>{};
+  } else if constexpr (kIn.layout == PixelLayout::Word32) {
+    return std::type_identity<TUnpackPacked_Impl_10p32Bit<in, out>>{};
+  } else if constexpr (kIn.layout == PixelLayout::NoAlignment && kIn.significantBits == 10) {
+    return std::type_identity<TUnpackPacked_Impl_10Bit<in, out>>{};
+  } else if constexpr (kIn.layout == PixelLayout::NoAlignment) {
+    return std::type_identity<TUnpackPacked_Impl_12Bit<in, out>>{};
+  } else if constexpr (kIn.significantBits == 10) {
+    return std::type_identity<TUnpackPacked_Impl_Mipi_10Bit<in, out>>{};
+  } else {
+    return std::type_identity<TUnpackPacked_Impl_Mipi_12Bit<in, out>>{};
+  }
 }
 
 template <PixelFormatId in, PixelFormatId out>
-class TUnpackPacked : public std::conditional_t<IsUnpacking(kFacts<in>, kFacts<out>), TUnpackPacked_Impl<in, out>,
-                                                ConversionModuleNotImplementedForFormat> {};
+class TUnpackPacked : public decltype(BaseOf<in, out>())::type {};
 
 PixelClass UnpackedClass(PixelClass packedClass) {
   switch (packedClass) {

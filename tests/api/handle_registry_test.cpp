@@ -13,6 +13,7 @@
 #include <thread>
 #include <vector>
 
+#include "api/converters.h"
 #include "buffers/buffer_pool.h"
 #include "buffers/pooled_image_buffer.h"
 #include "buffers/vector_image_buffer.h"
@@ -156,6 +157,14 @@ TEST(HandleMap, RefusesAnObjectThatItHoldsWithItsOwnText) {
   const auto thing = std::make_shared<Thing>();
   gains.Add(thing);
   EXPECT_EQ(RuntimeErrorOf([&] { gains.Add(thing); }), "Given gammaCorrector was already added!");
+}
+
+TEST(HandleRegistry, RefusesAConverterThatItHolds) {
+  const auto converter = korvel::internal::MakeConverter(1);
+  auto& converters = HandleRegistry::Instance().ImageConverters();
+  const Handle handle = converters.Add(converter);
+  EXPECT_EQ(RuntimeErrorOf([&] { converters.Add(converter); }), "Given imageConverter was already added!");
+  EXPECT_EQ(converters.Remove(handle), converter);
 }
 
 TEST(HandleMap, IsAsItWasAfterItRefusedAnObject) {

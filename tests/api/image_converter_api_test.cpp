@@ -229,9 +229,6 @@ TEST_F(ImageConverterApi, TellsWhyAConversionFails) {
   EXPECT_NE(failure(KORVEL_PIXEL_FORMAT_Invalid, KORVEL_PIXEL_FORMAT_Mono10), "");
 }
 
-// ------------------------------------------------------------------------------------------------ the caller's memory
-// --
-
 TEST_F(ImageConverterApi, WritesIntoTheCallersMemoryAndMakesAnImageOfIt) {
   const ExportedImage input(KORVEL_PIXEL_FORMAT_Mono8, 2, 1, Bytes{1, 2});
   Bytes buffer(6, 0);
@@ -279,6 +276,29 @@ TEST_F(ImageConverterApi, RefusesOneByteTooManyWhereThereIsNoFastPath) {
   EXPECT_EQ(ExportedImage(handle).ByteCount(), 768u);
   EXPECT_EQ(picture[767], 9);
   EXPECT_EQ(picture[768], 7);
+}
+
+TEST_F(ImageConverterApi, SwapsTheInputsChannelsEvenIfTheMemoryThenDoesNotFit) {
+  const ExportedImage input(KORVEL_PIXEL_FORMAT_RGB8, 1, 1, Bytes{1, 2, 3});
+  Bytes buffer(4, 7);
+  KORVEL_IMAGE_HANDLE handle = nullptr;
+  EXPECT_EQ(KORVEL_Image_ConvertToBuffer(input.Handle(), KORVEL_PIXEL_FORMAT_BGR8, buffer.data(), 4, 1, &handle), 1u);
+  EXPECT_THAT(buffer, Each(7));
+  EXPECT_THAT(Bytes(input.Data(), input.Data() + 3), ElementsAre(3, 2, 1));
+}
+
+TEST_F(ImageConverterApi, TakesTheFiltersWhereClassicDoesNotExist) {
+  Bytes mosaic(20 * 16);
+  for (size_t i = 0; i < mosaic.size(); ++i) mosaic[i] = static_cast<uint8_t>(i * i % 251);
+  const ExportedImage bayer(KORVEL_PIXEL_FORMAT_BayerGB8, 20, 16, mosaic);
+  KORVEL_IMAGE_HANDLE classic = nullptr;
+  KORVEL_IMAGE_HANDLE filtered = nullptr;
+  ASSERT_EQ(KORVEL_Image_ConvertTo(bayer.Handle(), KORVEL_PIXEL_FORMAT_RGB8, 3, &classic), 0u);
+  ASSERT_EQ(KORVEL_Image_ConvertTo(bayer.Handle(), KORVEL_PIXEL_FORMAT_RGB8, 2, &filtered), 0u);
+  const ExportedImage first(classic);
+  const ExportedImage second(filtered);
+  EXPECT_EQ(Bytes(first.Data(), first.Data() + first.ByteCount()),
+            Bytes(second.Data(), second.Data() + second.ByteCount()));
 }
 
 TEST_F(ImageConverterApi, RefusesOtherFormatsInClassicModeIntoMemory) {
@@ -362,8 +382,6 @@ TEST_F(ImageConverterApi, StaysWithinMemoryAtAnyAddress) {
     }
   }
 }
-
-// ---------------------------------------------------------------------------------------------------------- threads --
 
 TEST(ImageConverterApiThreads, ServeConvertersOfTheirOwn) {
   const auto work = [](uint8_t value) {

@@ -566,6 +566,19 @@ TEST(PreAllocate, MakesBuffersAheadAndTellsTheirNumber) {
   EXPECT_EQ(pool->NumBuffersInUse(), 0u);
 }
 
+TEST(PreAllocate, MayAddToAPoolWhileAnotherThreadGivesBuffersBack) {
+  const auto pool = MultiPool(1);
+  std::atomic<bool> done = false;
+  std::thread user([&] {
+    while (!done) pool->AllocBuffer(Mono8, {4, 4});
+  });
+  for (size_t count = 1; count <= 200; ++count) pool->PreAllocate(Mono8, {4, 4}, count);
+  done = true;
+  user.join();
+  EXPECT_GE(pool->NumBuffers(), 200u);
+  EXPECT_EQ(pool->NumBuffersInUse(), 0u);
+}
+
 TEST(PreAllocate, AddsToAPoolThatIsThere) {
   const auto pool = MultiPool(1);
   const BufferPtr buffer = pool->AllocBuffer(Mono8, {12, 1});

@@ -1,11 +1,14 @@
-// What buffers and pools keep when memory runs out in the middle of a call. A program of its own, since it replaces the
-// allocation functions.
+// What buffers and pools keep, and what the exported frame says, when memory runs out in the middle of a call. A
+// program of its own, since it replaces the allocation functions.
 
 #include <gtest/gtest.h>
 
 #include <cstdlib>
 #include <new>
+#include <stdexcept>
+#include <string>
 
+#include "api/export_frame.h"
 #include "buffers/fixed_format_vector_buffer_pool.h"
 #include "buffers/vector_image_buffer.h"
 
@@ -66,6 +69,35 @@ TEST(OutOfMemory, LeavesAPoolsMemoryFree) {
   EXPECT_GE(allocations, 1);
   EXPECT_EQ(pool->NumBuffersInUse(), 1u);
   EXPECT_EQ(pool->NumBuffers(), 1u);
+}
+
+TEST(OutOfMemory, LosesNoMemoryThatAPoolMakesOnDemand) {
+  const auto pool = std::make_shared<FixedFormatVectorBufferPool>(16, 0, 1, std::weak_ptr<IfcBufferFactory>());
+  std::shared_ptr<IfcImageBuffer> buffer;
+  const long allocations = FailEachAllocation([&] { buffer = pool->AllocBuffer(PixelFormatId::BayerRG8, kSize); },
+                                              [&] { EXPECT_EQ(pool->NumBuffersInUse(), 0u); });
+  EXPECT_GE(allocations, 3);
+  EXPECT_EQ(pool->NumBuffersInUse(), 1u) << "the one buffer below the limit can still be had";
+}
+
+TEST(OutOfMemory, LosesNoMemoryThatAPoolMakesAheadOfTime) {
+  const auto pool = std::make_shared<FixedFormatVectorBufferPool>(16, 0, 3, std::weak_ptr<IfcBufferFactory>());
+  const long allocations =
+      FailEachAllocation([&] { pool->SetNumBuffersWanted(3); }, [&] { EXPECT_EQ(pool->NumBuffersInUse(), 0u); });
+  EXPECT_GE(allocations, 3);
+  EXPECT_EQ(pool->NumBuffers(), 3u);
+}
+
+TEST(OutOfMemory, IsTheAnswerWhereAFailuresOwnTextCanNotBeKept) {
+  const std::runtime_error failure("a text that is too long for a string to hold without memory of its own");
+  const auto code = korvel::internal::ExportFrame([&]() -> korvel::internal::ReturnCode {
+    allocationsUntilFailure = 0;
+    throw failure;
+  });
+  allocationsUntilFailure = -1;
+  EXPECT_EQ(code, 1u);
+  EXPECT_EQ(korvel::internal::LastErrorRecord::OfThisThread().Code(), 1u);
+  EXPECT_EQ(korvel::internal::LastErrorRecord::OfThisThread().Text(), "std::bad_alloc");
 }
 
 TEST(OutOfMemory, LeavesTheClaimToAPoolsMemoryWhereItWas) {

@@ -459,6 +459,14 @@ TEST(CloneWithAFactory, CopiesAnImageWithoutPixels) {
   EXPECT_EQ(clone->Buffer()->Data(), nullptr);
 }
 
+TEST(Clone, OfAnImageWhoseMemoryWasHandedOverCopiesNothing) {
+  const BufferPtr buffer = BufferWithPattern(PixelFormatId::BayerRG8, {4, 4});
+  const BufferPtr changed = buffer->ChangeFormat(PixelFormatId::BayerGR8);
+  const auto clone = std::as_const(*buffer->CreateImage()).Clone();
+  ASSERT_NE(clone, nullptr);
+  EXPECT_EQ(*clone->PixelPointer(3, 3), 0);
+}
+
 TEST(Clone, OfAnImageOverAVectorSharesNoMemory) {
   const auto image = BufferWithPattern(Mono12, {4, 3})->CreateImage();
   const auto clone = std::as_const(*image).Clone();

@@ -34,6 +34,11 @@ const Failure kWrongEnding{3, 9001, "ImageWriter: FileFormat is incorrect to fil
 const Failure kCannotOpen{3, 9001, "Error opening file. Check name and file permissions."};
 const Failure kUnsupported{7, 9001, "Unsupported pixel format"};
 
+// A parameter of any file type, known or not.
+struct OfType : ImgParameter {
+  explicit OfType(FileFormat format) : ImgParameter(format) {}
+};
+
 class ImageWriterTest : public testing::Test {
  protected:
   std::optional<Failure> Write(const std::string& path, const ImgParameter& parameter = PNGParameter()) {
@@ -96,11 +101,11 @@ TEST_F(ImageWriterTest, WantsADirectoryThatExists) {
 }
 
 TEST_F(ImageWriterTest, ChecksTheDirectoryThenTheTypeThenTheFormatThenTheEnding) {
-  const ImgParameter unknownType{FileFormat{9}};
+  const OfType unknownType{FileFormat{9}};
   EXPECT_EQ(Write(directory.File("missing/a.png"), unknownType), kNoDirectory);
   EXPECT_EQ(Write(directory.File("a.bmp"), unknownType), kUnknownFormat);
-  EXPECT_EQ(Write(directory.File("a.png"), ImgParameter{FileFormat{0}}), kUnknownFormat);
-  EXPECT_EQ(Write(directory.File("a.png"), ImgParameter{FileFormat{5}}), kUnknownFormat);
+  EXPECT_EQ(Write(directory.File("a.png"), OfType{FileFormat{0}}), kUnknownFormat);
+  EXPECT_EQ(Write(directory.File("a.png"), OfType{FileFormat{5}}), kUnknownFormat);
   const TestImage packed(Mono10p, 2, 2);
   EXPECT_EQ(FailureOf([&] { ImageWriter::writeImage(*packed, directory.File("a.bmp"), PNGParameter()); }),
             kWrongEnding);

@@ -5,6 +5,7 @@
 #include <sys/mman.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
@@ -96,7 +97,7 @@ class MemoryBeforeGuard {
     std::memset(data_, fill, size);
   }
   explicit MemoryBeforeGuard(const Bytes& content) : MemoryBeforeGuard(content.size()) {
-    std::memcpy(data_, content.data(), content.size());
+    std::copy(content.begin(), content.end(), data_);
   }
   MemoryBeforeGuard(const MemoryBeforeGuard&) = delete;
   MemoryBeforeGuard& operator=(const MemoryBeforeGuard&) = delete;

@@ -289,4 +289,16 @@ TEST(OutputFile, IsNotHandedOnToOtherPrograms) {
   EXPECT_TRUE(file.Close());
 }
 
+TEST(PngCompressionLevel, FollowsTheQualityAsASignedNumber) {
+  EXPECT_EQ(img::io::png::PNGWriter::CompressionLevel(100), 0);
+  EXPECT_EQ(img::io::png::PNGWriter::CompressionLevel(55), 5);
+  EXPECT_EQ(img::io::png::PNGWriter::CompressionLevel(10), 9);
+  EXPECT_EQ(img::io::png::PNGWriter::CompressionLevel(1), 9) << "divisions truncate toward zero";
+  EXPECT_EQ(img::io::png::PNGWriter::CompressionLevel(0), 10);
+  EXPECT_EQ(img::io::png::PNGWriter::CompressionLevel(300), -20);
+  EXPECT_EQ(img::io::png::PNGWriter::CompressionLevel(0xFFFFFFFF), 10);
+  EXPECT_EQ(img::io::png::PNGWriter::CompressionLevel(0x80000000), 214748374);
+  EXPECT_EQ(img::io::png::PNGWriter::CompressionLevel(0x7FFFFFFF), -214748354);
+}
+
 }  // namespace

@@ -141,6 +141,15 @@ TEST(Unpack12g24, StopsAtTheLastPixelAndReadsNothingBeyondTheImage) {
   EXPECT_THAT(Unpack(Unpack12g24, {}, 0, 0), ElementsAre());
 }
 
+TEST(UnpackStreams, GiveTheSamplesOfKnownBytes) {
+  EXPECT_THAT(UnpackAll(Unpack10p, {0x01, 0x08, 0x30, 0x00, 0x01}, 4), ElementsAre(1, 2, 3, 4));
+  EXPECT_THAT(UnpackAll(Unpack12p, {0xBC, 0x3A, 0x12}, 2), ElementsAre(0xABC, 0x123));
+  EXPECT_THAT(Unpack(Unpack10g40, {0xFF, 0x00, 0x00, 0x00, 0x03}, 4, 4), ElementsAre(0x3FF, 0, 0, 0));
+  EXPECT_THAT(Unpack(Unpack12g24, {0xAB, 0x12, 0x3C}, 2, 2), ElementsAre(0xABC, 0x123));
+  EXPECT_THAT(UnpackAll(Unpack10p32, {0xFF, 0x03, 0x00, 0x00}, 3), ElementsAre(0x3FF, 0, 0));
+  EXPECT_THAT(UnpackAll(Unpack10p32, {0x00, 0x00, 0xF0, 0x3F}, 3), ElementsAre(0, 0, 0x3FF));
+}
+
 TEST(UnpackPacked, TakesPackedFormats) {
   UnpackPacked unpack;
   size_t supported = 0;
