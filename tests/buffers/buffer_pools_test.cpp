@@ -22,6 +22,7 @@
 #include "core/image.h"
 #include "core/memory_limit.h"
 #include "status/exceptions.h"
+#include "tests/support/failure.h"
 
 namespace {
 
@@ -34,6 +35,8 @@ using img::buffer::IfcFixedFormatBufferPoolFactory;
 using img::buffer::IfcImageBuffer;
 using img::buffer::MultiFormatBufferPool;
 using korvel::internal::ImgException;
+using korvel_test::LocatedFailure;
+using korvel_test::LocatedFailureOf;
 using testing::Each;
 using testing::ElementsAre;
 
@@ -54,33 +57,8 @@ std::shared_ptr<MultiFormatBufferPool> MultiPool(size_t defaultNumBuffers) {
                                                  defaultNumBuffers);
 }
 
-struct Failure {
-  int status;
-  int module;
-  std::string location;
-  std::string text;
-
-  bool operator==(const Failure&) const = default;
-};
-
-std::ostream& operator<<(std::ostream& stream, const Failure& failure) {
-  return stream << failure.status << ", " << failure.module << ", \"" << failure.location << "\", \"" << failure.text
-                << "\"";
-}
-
-template <class Call>
-std::optional<Failure> FailureOf(Call call) {
-  try {
-    call();
-  } catch (const ImgException& exception) {
-    return Failure{static_cast<int>(exception.GetStatus()), exception.ModuleId(), exception.Location(),
-                   exception.Text()};
-  }
-  return std::nullopt;
-}
-
-const Failure kExhausted{-1020, 9005, "size_t img::buffer::FixedFormatVectorBufferPool::AllocBuffer()",
-                         "Buffer pool exhausted! (Reached buffer limit)"};
+const LocatedFailure kExhausted{-1020, 9005, "size_t img::buffer::FixedFormatVectorBufferPool::AllocBuffer()",
+                                "Buffer pool exhausted! (Reached buffer limit)"};
 
 // Runs a call in a thread of its own. A call that never returns keeps its thread, and the test goes on.
 class Background {
@@ -126,7 +104,7 @@ TEST(FixedPool, ServesAnyFormatOfItsByteSize) {
 TEST(FixedPool, RefusesAnyOtherByteSize) {
   const auto pool = FixedPool(12, 1, 5);
   for (const size_t width : {size_t{11}, size_t{13}, size_t{0}}) {
-    const auto failure = FailureOf([&] { pool->AllocBuffer(Mono8, {width, 1}); });
+    const auto failure = LocatedFailureOf([&] { pool->AllocBuffer(Mono8, {width, 1}); });
     ASSERT_TRUE(failure.has_value()) << width;
     EXPECT_EQ(failure->status, -1009);
     EXPECT_EQ(failure->module, 9005);
@@ -145,10 +123,10 @@ TEST(FixedPool, RefusesASizeThatHasItsBytesOnlyBecauseItWraps) {
 
 TEST(FixedPool, RefusesTheByteSizeBeforeItIsExhausted) {
   const auto pool = FixedPool(12, 0, 0);
-  const auto failure = FailureOf([&] { pool->AllocBuffer(Mono8, {11, 1}); });
+  const auto failure = LocatedFailureOf([&] { pool->AllocBuffer(Mono8, {11, 1}); });
   ASSERT_TRUE(failure.has_value());
   EXPECT_EQ(failure->text, "Pool: Invalid buffer format!");
-  EXPECT_EQ(FailureOf([&] { pool->AllocBuffer(Mono8, {12, 1}); }), kExhausted);
+  EXPECT_EQ(LocatedFailureOf([&] { pool->AllocBuffer(Mono8, {12, 1}); }), kExhausted);
 }
 
 TEST(FixedPool, LosesNoMemoryToAnIdThatIsNotPublic) {
@@ -169,7 +147,7 @@ TEST(FixedPool, IsExhaustedAtItsLimitAtOnce) {
   const auto pool = FixedPool(12, 0, 2);
   const BufferPtr first = pool->AllocBuffer(Mono8, {12, 1});
   const BufferPtr second = pool->AllocBuffer(Mono8, {12, 1});
-  EXPECT_EQ(FailureOf([&] { pool->AllocBuffer(Mono8, {12, 1}); }), kExhausted);
+  EXPECT_EQ(LocatedFailureOf([&] { pool->AllocBuffer(Mono8, {12, 1}); }), kExhausted);
   EXPECT_EQ(pool->NumBuffers(), 2u);
   EXPECT_EQ(pool->NumBuffersInUse(), 2u);
 }
@@ -178,14 +156,14 @@ TEST(FixedPool, GivesTheMemoryJustReleasedAtItsLimit) {
   const auto pool = FixedPool(12, 0, 2);
   const BufferPtr first = pool->AllocBuffer(Mono8, {12, 1});
   BufferPtr second = pool->AllocBuffer(Mono8, {12, 1});
-  EXPECT_EQ(FailureOf([&] { pool->AllocBuffer(Mono8, {12, 1}); }), kExhausted);
+  EXPECT_EQ(LocatedFailureOf([&] { pool->AllocBuffer(Mono8, {12, 1}); }), kExhausted);
   const uint8_t* const memory = second->Data();
   second.reset();
   EXPECT_EQ(pool->AllocBuffer(Mono8, {12, 1})->Data(), memory);
 }
 
 TEST(FixedPool, CannotBeginWithMoreThanItsLimit) {
-  EXPECT_EQ(FailureOf([] { FixedPool(12, 3, 2); }), kExhausted);
+  EXPECT_EQ(LocatedFailureOf([] { FixedPool(12, 3, 2); }), kExhausted);
 }
 
 TEST(FixedPool, GrowsOnDemandAndDoesNotShrink) {
@@ -251,7 +229,7 @@ TEST(FixedPool, ClonesABufferIntoOtherMemoryOfItsOwn) {
   EXPECT_EQ(pool->NumBuffersInUse(), 2u);
   EXPECT_NE(clone->Data(), buffer->Data());
   EXPECT_EQ(clone->Data()[11], 5);
-  EXPECT_EQ(FailureOf([&] { buffer->Clone(); }), kExhausted);
+  EXPECT_EQ(LocatedFailureOf([&] { buffer->Clone(); }), kExhausted);
 }
 
 TEST(FixedPool, LivesAsLongAsItsBuffers) {
@@ -359,7 +337,7 @@ TEST(FixedPool, NeverMakesFewerBuffers) {
 
 TEST(FixedPool, CannotMakeMoreBuffersThanItsLimit) {
   const auto pool = FixedPool(12, 1, 3);
-  EXPECT_EQ(FailureOf([&] { pool->SetNumBuffersWanted(4); }), kExhausted);
+  EXPECT_EQ(LocatedFailureOf([&] { pool->SetNumBuffersWanted(4); }), kExhausted);
   EXPECT_EQ(pool->NumBuffers(), 3u);
   EXPECT_EQ(pool->NumBuffersInUse(), 0u);
 }
@@ -491,11 +469,11 @@ TEST(MultiPool, HasNoLimit) {
 
 TEST(MultiPool, CountsNothingForAnUnknownId) {
   const auto pool = MultiPool(5);
-  EXPECT_EQ(FailureOf([&] {
+  EXPECT_EQ(LocatedFailureOf([&] {
               pool->AllocBuffer(PixelFormatId{0x01080002}, {1, 1});
             }),
-            (Failure{-1009, 9000, "size_t img::PixelFormatInfo_CalcSizeOfPixels(img::PixelFormatId, size_t)",
-                     "Unknown formatId: 17301506"}));
+            (LocatedFailure{-1009, 9000, "size_t img::PixelFormatInfo_CalcSizeOfPixels(img::PixelFormatId, size_t)",
+                            "Unknown formatId: 17301506"}));
   EXPECT_EQ(pool->NumBuffers(), 0u);
 }
 

@@ -16,6 +16,7 @@
 #include "buffers/vector_image_buffer.h"
 #include "core/image.h"
 #include "status/exceptions.h"
+#include "tests/support/failure.h"
 
 namespace {
 
@@ -31,6 +32,8 @@ using img::buffer::RawImageBuffer;
 using img::buffer::VectorImageBuffer;
 using img::buffer::VectorImageBufferFactory;
 using korvel::internal::ImgException;
+using korvel_test::Failure;
+using korvel_test::FailureOf;
 using testing::Each;
 using testing::ElementsAre;
 using testing::IsEmpty;
@@ -41,28 +44,6 @@ using BufferPtr = std::shared_ptr<IfcImageBuffer>;
 using Bytes = std::vector<uint8_t>;
 
 constexpr size_t kMax = std::numeric_limits<size_t>::max();
-
-struct Failure {
-  int status;
-  int module;
-  std::string text;
-
-  bool operator==(const Failure&) const = default;
-};
-
-std::ostream& operator<<(std::ostream& stream, const Failure& failure) {
-  return stream << failure.status << ", " << failure.module << ", \"" << failure.text << "\"";
-}
-
-template <class Call>
-std::optional<Failure> FailureOf(Call call) {
-  try {
-    call();
-  } catch (const ImgException& exception) {
-    return Failure{static_cast<int>(exception.GetStatus()), exception.ModuleId(), exception.Text()};
-  }
-  return std::nullopt;
-}
 
 template <class Call>
 std::string RuntimeErrorOf(Call call) {

@@ -13,6 +13,7 @@
 #include <vector>
 
 #include "status/exceptions.h"
+#include "tests/support/failure.h"
 
 namespace korvel_test {
 
@@ -93,6 +94,8 @@ using korvel::internal::ImgException;
 using korvel::internal::ImgStatusCode;
 using korvel_test::ArgumentProbeIfc;
 using korvel_test::Label;
+using korvel_test::LocatedFailure;
+using korvel_test::LocatedFailureOf;
 using korvel_test::OneIdArgumentProbe;
 using korvel_test::OneIdProbe;
 using korvel_test::ProbeIfc;
@@ -143,31 +146,6 @@ Ids PublicIds() { return Joined({kEightBits, kTenBits, kTwelveBits}); }
 Ids AllIds() { return Joined({PublicIds(), {Invalid}, kRawIds, kUnknownIds}); }
 
 bool Contains(const Ids& ids, PixelFormatId id) { return std::find(ids.begin(), ids.end(), id) != ids.end(); }
-
-struct Failure {
-  int status;
-  int module;
-  std::string location;
-  std::string text;
-
-  bool operator==(const Failure&) const = default;
-};
-
-std::ostream& operator<<(std::ostream& stream, const Failure& failure) {
-  return stream << failure.status << ", " << failure.module << ", \"" << failure.location << "\", \"" << failure.text
-                << "\"";
-}
-
-template <class Call>
-std::optional<Failure> FailureOf(Call call) {
-  try {
-    call();
-  } catch (const ImgException& exception) {
-    return Failure{static_cast<int>(exception.GetStatus()), exception.ModuleId(), exception.Location(),
-                   exception.Text()};
-  }
-  return std::nullopt;
-}
 
 using Pair = std::pair<PixelFormatId, PixelFormatId>;
 
@@ -262,7 +240,7 @@ std::string TwoIdsLocation(const std::string& dispatcher) {
 TEST(MakeFormatClassOfOneId, MakesThe49PublicFormatsAndInvalid) {
   size_t made = 0;
   for (const PixelFormatId id : AllIds()) {
-    if (FailureOf([&] { EXPECT_EQ(MakeOne(id)->Ids().first, id); })) continue;
+    if (LocatedFailureOf([&] { EXPECT_EQ(MakeOne(id)->Ids().first, id); })) continue;
     ++made;
     EXPECT_TRUE(id == Invalid || Contains(PublicIds(), id)) << static_cast<uint32_t>(id);
   }
@@ -274,12 +252,12 @@ TEST(MakeFormatClassOfOneId, RefusesEveryLayoutId) {
 }
 
 TEST(MakeFormatClassOfOneId, NamesTheIdThatItRefusesInUnsignedDecimal) {
-  EXPECT_EQ(FailureOf([] { MakeOne(_RawUnpacked1Ch8); }),
-            (Failure{-1009, 9000, kOneIdLocation, "Unsupported formatId: 4294902024"}));
-  EXPECT_EQ(FailureOf([] { MakeOne(PixelFormatId{0x01080002}); }),
-            (Failure{-1009, 9000, kOneIdLocation, "Unsupported formatId: 17301506"}));
-  EXPECT_EQ(FailureOf([] { MakeOne(PixelFormatId{0xFFFFFFFF}); }),
-            (Failure{-1009, 9000, kOneIdLocation, "Unsupported formatId: 4294967295"}));
+  EXPECT_EQ(LocatedFailureOf([] { MakeOne(_RawUnpacked1Ch8); }),
+            (LocatedFailure{-1009, 9000, kOneIdLocation, "Unsupported formatId: 4294902024"}));
+  EXPECT_EQ(LocatedFailureOf([] { MakeOne(PixelFormatId{0x01080002}); }),
+            (LocatedFailure{-1009, 9000, kOneIdLocation, "Unsupported formatId: 17301506"}));
+  EXPECT_EQ(LocatedFailureOf([] { MakeOne(PixelFormatId{0xFFFFFFFF}); }),
+            (LocatedFailure{-1009, 9000, kOneIdLocation, "Unsupported formatId: 4294967295"}));
 }
 
 TEST(MakeFormatClassOfOneId, PassesItsArgumentsOnUnchanged) {
@@ -295,7 +273,7 @@ TEST(MakeFormatClassOfOneId, PassesItsArgumentsOnUnchanged) {
 TEST(MakeFormatClassOfOneId, LeavesItsArgumentsAloneWhenItRefuses) {
   Label label;
   auto owned = std::make_unique<Label>();
-  const auto failure = FailureOf(
+  const auto failure = LocatedFailureOf(
       [&] { img::MakeFormatClass<OneIdArgumentProbe, ArgumentProbeIfc>(_RawUnpacked1Ch8, label, std::move(owned)); });
   ASSERT_TRUE(failure.has_value());
   EXPECT_NE(owned, nullptr);
@@ -303,14 +281,15 @@ TEST(MakeFormatClassOfOneId, LeavesItsArgumentsAloneWhenItRefuses) {
 
 TEST(MakeFormatClassOfOneId, ListsTheTypesOfItsArgumentsInTheLocation) {
   Label label;
-  const auto failure = FailureOf([&] {
+  const auto failure = LocatedFailureOf([&] {
     img::MakeFormatClass<OneIdArgumentProbe, ArgumentProbeIfc>(_RawUnpacked1Ch8, label, std::make_unique<Label>());
   });
-  EXPECT_EQ(failure, (Failure{-1009, 9000,
-                              "std::unique_ptr<TClassIfc> img::MakeFormatClass(img::PixelFormatId, Args...) [T = "
-                              "OneIdArgumentProbe, TClassIfc = korvel_test::ArgumentProbeIfc, Args = "
-                              "<korvel_test::Label, std::unique_ptr<korvel_test::Label>>]",
-                              "Unsupported formatId: 4294902024"}));
+  EXPECT_EQ(failure,
+            (LocatedFailure{-1009, 9000,
+                            "std::unique_ptr<TClassIfc> img::MakeFormatClass(img::PixelFormatId, Args...) [T = "
+                            "OneIdArgumentProbe, TClassIfc = korvel_test::ArgumentProbeIfc, Args = "
+                            "<korvel_test::Label, std::unique_ptr<korvel_test::Label>>]",
+                            "Unsupported formatId: 4294902024"}));
 }
 
 TEST(MakeFormatClassOfOneId, LetsTheFailureOfAConstructorThrough) {
@@ -333,20 +312,22 @@ TEST(MakeFormatClassOfTwoIds, MakesEveryPairOfPublicFormatsAndNoOther) {
 
 TEST(MakeFormatClassOfTwoIds, RefusesInvalidAsEitherId) {
   const std::string location = TwoIdsLocation("MakeFormatClass");
-  EXPECT_EQ(FailureOf([] { MakePair(Invalid, Mono8); }), (Failure{-1009, 9000, location, "Unsupported formatId: 0"}));
-  EXPECT_EQ(FailureOf([] { MakePair(Mono8, Invalid); }), (Failure{-1009, 9000, location, "Unsupported formatId: 0"}));
+  EXPECT_EQ(LocatedFailureOf([] { MakePair(Invalid, Mono8); }),
+            (LocatedFailure{-1009, 9000, location, "Unsupported formatId: 0"}));
+  EXPECT_EQ(LocatedFailureOf([] { MakePair(Mono8, Invalid); }),
+            (LocatedFailure{-1009, 9000, location, "Unsupported formatId: 0"}));
 }
 
 TEST(MakeFormatClassOfTwoIds, NamesTheSecondIdIfTheFirstIsGood) {
-  EXPECT_EQ(FailureOf([] { MakePair(Mono8, PixelFormatId{0x01080002}); }),
-            (Failure{-1009, 9000, TwoIdsLocation("MakeFormatClass"), "Unsupported formatId: 17301506"}));
+  EXPECT_EQ(LocatedFailureOf([] { MakePair(Mono8, PixelFormatId{0x01080002}); }),
+            (LocatedFailure{-1009, 9000, TwoIdsLocation("MakeFormatClass"), "Unsupported formatId: 17301506"}));
 }
 
 TEST(MakeFormatClassOfTwoIds, NamesTheFirstIdIfBothAreBad) {
-  EXPECT_EQ(FailureOf([] { MakePair(PixelFormatId{7}, PixelFormatId{0x01080002}); }),
-            (Failure{-1009, 9000, TwoIdsLocation("MakeFormatClass"), "Unsupported formatId: 7"}));
-  EXPECT_EQ(FailureOf([] { MakePair(_RawUnpacked1Ch8, Invalid); }),
-            (Failure{-1009, 9000, TwoIdsLocation("MakeFormatClass"), "Unsupported formatId: 4294902024"}));
+  EXPECT_EQ(LocatedFailureOf([] { MakePair(PixelFormatId{7}, PixelFormatId{0x01080002}); }),
+            (LocatedFailure{-1009, 9000, TwoIdsLocation("MakeFormatClass"), "Unsupported formatId: 7"}));
+  EXPECT_EQ(LocatedFailureOf([] { MakePair(_RawUnpacked1Ch8, Invalid); }),
+            (LocatedFailure{-1009, 9000, TwoIdsLocation("MakeFormatClass"), "Unsupported formatId: 4294902024"}));
 }
 
 TEST(MakeFormatClassOfTwoIds, PassesItsArgumentsOnUnchanged) {
@@ -379,20 +360,20 @@ TEST(MakeFormatClassRaw2Raw, TakesLayoutIdsAsTheyStand) {
 
 TEST(MakeFormatClassRaw2Raw, NamesTheFirstLayoutInEveryFailure) {
   const std::string location = TwoIdsLocation("MakeFormatClass_Raw2Raw");
-  EXPECT_EQ(FailureOf([] { MakeRaw2Raw(Invalid, Mono8); }),
-            (Failure{-1009, 9000, location, "Unsupported formatId: 0"}));
-  EXPECT_EQ(FailureOf([] { MakeRaw2Raw(Mono8, Invalid); }),
-            (Failure{-1009, 9000, location, "Unsupported formatId: 4294902024"}));
-  EXPECT_EQ(FailureOf([] { MakeRaw2Raw(BayerGB10p, Invalid); }),
-            (Failure{-1009, 9000, location, "Unsupported formatId: 4294906122"}));
+  EXPECT_EQ(LocatedFailureOf([] { MakeRaw2Raw(Invalid, Mono8); }),
+            (LocatedFailure{-1009, 9000, location, "Unsupported formatId: 0"}));
+  EXPECT_EQ(LocatedFailureOf([] { MakeRaw2Raw(Mono8, Invalid); }),
+            (LocatedFailure{-1009, 9000, location, "Unsupported formatId: 4294902024"}));
+  EXPECT_EQ(LocatedFailureOf([] { MakeRaw2Raw(BayerGB10p, Invalid); }),
+            (LocatedFailure{-1009, 9000, location, "Unsupported formatId: 4294906122"}));
 }
 
 TEST(MakeFormatClassRaw2Raw, CannotReduceAnUnknownId) {
   const std::string location = "PixelFormatId img::PixelFormatInfo_RawFormat(PixelFormatId)";
-  EXPECT_EQ(FailureOf([] { MakeRaw2Raw(Mono8, PixelFormatId{0x01080002}); }),
-            (Failure{-1009, 9000, location, "Unknown formatId: 17301506"}));
-  EXPECT_EQ(FailureOf([] { MakeRaw2Raw(PixelFormatId{7}, PixelFormatId{0x01080002}); }),
-            (Failure{-1009, 9000, location, "Unknown formatId: 7"}));
+  EXPECT_EQ(LocatedFailureOf([] { MakeRaw2Raw(Mono8, PixelFormatId{0x01080002}); }),
+            (LocatedFailure{-1009, 9000, location, "Unknown formatId: 17301506"}));
+  EXPECT_EQ(LocatedFailureOf([] { MakeRaw2Raw(PixelFormatId{7}, PixelFormatId{0x01080002}); }),
+            (LocatedFailure{-1009, 9000, location, "Unknown formatId: 7"}));
 }
 
 TEST(MakeFormatClassRaw2RawSameBitDepth, MakesTheThreeGroupsAndNoOther) {
@@ -416,14 +397,14 @@ TEST(MakeFormatClassRaw2RawSameBitDepth, TakesPackedAndUnpackedAlike) {
 
 TEST(MakeFormatClassRaw2RawSameBitDepth, NamesTheFirstLayoutInEveryFailure) {
   const std::string location = TwoIdsLocation("MakeFormatClass_Raw2Raw_SameBitDepth");
-  EXPECT_EQ(FailureOf([] { MakeSameBitDepth(BayerRG8, Mono10); }),
-            (Failure{-1009, 9000, location, "Unsupported formatId: 4294902024"}));
-  EXPECT_EQ(FailureOf([] { MakeSameBitDepth(Mono10, BayerRG8); }),
-            (Failure{-1009, 9000, location, "Unsupported formatId: 4294902026"}));
-  EXPECT_EQ(FailureOf([] { MakeSameBitDepth(Mono8, Invalid); }),
-            (Failure{-1009, 9000, location, "Unsupported formatId: 4294902024"}));
-  EXPECT_EQ(FailureOf([] { MakeSameBitDepth(Invalid, Invalid); }),
-            (Failure{-1009, 9000, location, "Unsupported formatId: 0"}));
+  EXPECT_EQ(LocatedFailureOf([] { MakeSameBitDepth(BayerRG8, Mono10); }),
+            (LocatedFailure{-1009, 9000, location, "Unsupported formatId: 4294902024"}));
+  EXPECT_EQ(LocatedFailureOf([] { MakeSameBitDepth(Mono10, BayerRG8); }),
+            (LocatedFailure{-1009, 9000, location, "Unsupported formatId: 4294902026"}));
+  EXPECT_EQ(LocatedFailureOf([] { MakeSameBitDepth(Mono8, Invalid); }),
+            (LocatedFailure{-1009, 9000, location, "Unsupported formatId: 4294902024"}));
+  EXPECT_EQ(LocatedFailureOf([] { MakeSameBitDepth(Invalid, Invalid); }),
+            (LocatedFailure{-1009, 9000, location, "Unsupported formatId: 0"}));
 }
 
 // ---------------------------------------------------------------------------------------------------------- Bayer --
@@ -441,14 +422,14 @@ TEST(MakeFormatClassBayer2Color, Makes56PairsOfOneDepthAndNoOther) {
 
 TEST(MakeFormatClassBayer2Color, NamesTheFirstIdInEveryFailure) {
   const std::string location = TwoIdsLocation("MakeFormatClass_Bayer2Color");
-  EXPECT_EQ(FailureOf([] { MakeBayer2Color(BayerRG10, RGB8); }),
-            (Failure{-1009, 9000, location, "Unsupported formatId: 17825805"}));
-  EXPECT_EQ(FailureOf([] { MakeBayer2Color(BayerRG10p, RGB10); }),
-            (Failure{-1009, 9000, location, "Unsupported formatId: 17432664"}));
-  EXPECT_EQ(FailureOf([] { MakeBayer2Color(BayerRG10, PixelFormatId{7}); }),
-            (Failure{-1009, 9000, location, "Unsupported formatId: 17825805"}));
-  EXPECT_EQ(FailureOf([] { MakeBayer2Color(PixelFormatId{7}, RGB8); }),
-            (Failure{-1009, 9000, location, "Unsupported formatId: 7"}));
+  EXPECT_EQ(LocatedFailureOf([] { MakeBayer2Color(BayerRG10, RGB8); }),
+            (LocatedFailure{-1009, 9000, location, "Unsupported formatId: 17825805"}));
+  EXPECT_EQ(LocatedFailureOf([] { MakeBayer2Color(BayerRG10p, RGB10); }),
+            (LocatedFailure{-1009, 9000, location, "Unsupported formatId: 17432664"}));
+  EXPECT_EQ(LocatedFailureOf([] { MakeBayer2Color(BayerRG10, PixelFormatId{7}); }),
+            (LocatedFailure{-1009, 9000, location, "Unsupported formatId: 17825805"}));
+  EXPECT_EQ(LocatedFailureOf([] { MakeBayer2Color(PixelFormatId{7}, RGB8); }),
+            (LocatedFailure{-1009, 9000, location, "Unsupported formatId: 7"}));
 }
 
 TEST(MakeFormatClassBayer2Mono, Makes28PairsOfOneLayoutAndNoOther) {
@@ -465,12 +446,12 @@ TEST(MakeFormatClassBayer2Mono, Makes28PairsOfOneLayoutAndNoOther) {
 
 TEST(MakeFormatClassBayer2Mono, NamesTheFirstIdInEveryFailure) {
   const std::string location = TwoIdsLocation("MakeFormatClass_Bayer2Mono");
-  EXPECT_EQ(FailureOf([] { MakeBayer2Mono(BayerRG10p, Mono10p); }),
-            (Failure{-1009, 9000, location, "Unsupported formatId: 17432664"}));
-  EXPECT_EQ(FailureOf([] { MakeBayer2Mono(Mono8, Mono8); }),
-            (Failure{-1009, 9000, location, "Unsupported formatId: 17301505"}));
-  EXPECT_EQ(FailureOf([] { MakeBayer2Mono(BayerRG10, Invalid); }),
-            (Failure{-1009, 9000, location, "Unsupported formatId: 17825805"}));
+  EXPECT_EQ(LocatedFailureOf([] { MakeBayer2Mono(BayerRG10p, Mono10p); }),
+            (LocatedFailure{-1009, 9000, location, "Unsupported formatId: 17432664"}));
+  EXPECT_EQ(LocatedFailureOf([] { MakeBayer2Mono(Mono8, Mono8); }),
+            (LocatedFailure{-1009, 9000, location, "Unsupported formatId: 17301505"}));
+  EXPECT_EQ(LocatedFailureOf([] { MakeBayer2Mono(BayerRG10, Invalid); }),
+            (LocatedFailure{-1009, 9000, location, "Unsupported formatId: 17825805"}));
 }
 
 }  // namespace

@@ -15,6 +15,7 @@
 #include "buffers/raw_image_buffer.h"
 #include "buffers/vector_image_buffer.h"
 #include "status/exceptions.h"
+#include "tests/support/failure.h"
 
 namespace {
 
@@ -31,37 +32,14 @@ using img::buffer::RawImageBuffer;
 using img::buffer::VectorImageBuffer;
 using img::buffer::VectorImageBufferFactory;
 using korvel::internal::ImgException;
+using korvel_test::LocatedFailure;
+using korvel_test::LocatedFailureOf;
 
 using enum PixelFormatId;
 
 using BufferPtr = std::shared_ptr<IfcImageBuffer>;
 
 constexpr size_t kMax = std::numeric_limits<size_t>::max();
-
-struct Failure {
-  int status;
-  int module;
-  std::string location;
-  std::string text;
-
-  bool operator==(const Failure&) const = default;
-};
-
-std::ostream& operator<<(std::ostream& stream, const Failure& failure) {
-  return stream << failure.status << ", " << failure.module << ", \"" << failure.location << "\", \"" << failure.text
-                << "\"";
-}
-
-template <class Call>
-std::optional<Failure> FailureOf(Call call) {
-  try {
-    call();
-  } catch (const ImgException& exception) {
-    return Failure{static_cast<int>(exception.GetStatus()), exception.ModuleId(), exception.Location(),
-                   exception.Text()};
-  }
-  return std::nullopt;
-}
 
 // The bytes of a buffer are 0, 1, 2, ... modulo 251, so that each line of a small image looks different.
 uint8_t PatternAt(size_t index) { return static_cast<uint8_t>(index % 251); }
@@ -231,11 +209,12 @@ TEST(TypedImageOverAWholeBuffer, HasItsSizeAndSharesIt) {
 
 TEST(TypedImageOverAWholeBuffer, RefusesABufferOfAnotherFormat) {
   const BufferPtr buffer = VectorImageBuffer::AllocBuffer(Mono10, {7, 5});
-  EXPECT_EQ(FailureOf([&] { const TImage<Mono8> image(buffer); }),
-            (Failure{-1009, 9000,
-                     "img::TImage<img::PixelFormatId::Mono8>::TImage(const std::shared_ptr<buffer::IfcImageBuffer> &) "
-                     "[formatId = img::PixelFormatId::Mono8]",
-                     "Image buffer has wrong pixel format."}));
+  EXPECT_EQ(
+      LocatedFailureOf([&] { const TImage<Mono8> image(buffer); }),
+      (LocatedFailure{-1009, 9000,
+                      "img::TImage<img::PixelFormatId::Mono8>::TImage(const std::shared_ptr<buffer::IfcImageBuffer> &) "
+                      "[formatId = img::PixelFormatId::Mono8]",
+                      "Image buffer has wrong pixel format."}));
   EXPECT_EQ(buffer.use_count(), 1);
 }
 
@@ -252,38 +231,38 @@ TEST(TypedImageOverARectangle, KeepsItsOffsetAndSize) {
 }
 
 TEST(TypedImageOverARectangle, RefusesANullBufferBeforeAnythingElse) {
-  EXPECT_EQ(FailureOf([] {
+  EXPECT_EQ(LocatedFailureOf([] {
               const TImage<Mono8> image({9, 9}, {9, 9}, nullptr);
             }),
-            (Failure{-1009, 9000, kRectangleLocation, "Invalid buffer set."}));
+            (LocatedFailure{-1009, 9000, kRectangleLocation, "Invalid buffer set."}));
 }
 
 TEST(TypedImageOverARectangle, RefusesABufferThatIsTooSmall) {
   const BufferPtr buffer = VectorImageBuffer::AllocBuffer(Mono8, {7, 5});
-  const Failure expected{-1009, 9000, kRectangleLocation, "Image buffer is to small."};
-  EXPECT_EQ(FailureOf([&] { const TImage<Mono8> image({2, 1}, {6, 4}, buffer); }), expected);
-  EXPECT_EQ(FailureOf([&] { const TImage<Mono8> image({2, 1}, {5, 5}, buffer); }), expected);
-  EXPECT_EQ(FailureOf([&] { const TImage<Mono8> image({8, 0}, {0, 0}, buffer); }), expected);
-  EXPECT_EQ(FailureOf([&] { const TImage<Mono8> image({0, 6}, {0, 0}, buffer); }), expected);
+  const LocatedFailure expected{-1009, 9000, kRectangleLocation, "Image buffer is to small."};
+  EXPECT_EQ(LocatedFailureOf([&] { const TImage<Mono8> image({2, 1}, {6, 4}, buffer); }), expected);
+  EXPECT_EQ(LocatedFailureOf([&] { const TImage<Mono8> image({2, 1}, {5, 5}, buffer); }), expected);
+  EXPECT_EQ(LocatedFailureOf([&] { const TImage<Mono8> image({8, 0}, {0, 0}, buffer); }), expected);
+  EXPECT_EQ(LocatedFailureOf([&] { const TImage<Mono8> image({0, 6}, {0, 0}, buffer); }), expected);
 }
 
 TEST(TypedImageOverARectangle, RefusesARectangleWhoseFarEdgeWraps) {
   const BufferPtr buffer = VectorImageBuffer::AllocBuffer(Mono8, {7, 5});
-  const Failure expected{-1009, 9000, kRectangleLocation, "Image buffer is to small."};
-  EXPECT_EQ(FailureOf([&] { const TImage<Mono8> image({kMax, 0}, {2, 1}, buffer); }), expected);
-  EXPECT_EQ(FailureOf([&] { const TImage<Mono8> image({0, 2}, {1, kMax}, buffer); }), expected);
+  const LocatedFailure expected{-1009, 9000, kRectangleLocation, "Image buffer is to small."};
+  EXPECT_EQ(LocatedFailureOf([&] { const TImage<Mono8> image({kMax, 0}, {2, 1}, buffer); }), expected);
+  EXPECT_EQ(LocatedFailureOf([&] { const TImage<Mono8> image({0, 2}, {1, kMax}, buffer); }), expected);
 }
 
 TEST(TypedImageOverARectangle, JudgesTheSizeBeforeTheFormat) {
   const BufferPtr buffer = VectorImageBuffer::AllocBuffer(Mono10, {7, 5});
-  EXPECT_EQ(FailureOf([&] {
+  EXPECT_EQ(LocatedFailureOf([&] {
               const TImage<Mono8> image({0, 0}, {8, 5}, buffer);
             }),
-            (Failure{-1009, 9000, kRectangleLocation, "Image buffer is to small."}));
-  EXPECT_EQ(FailureOf([&] {
+            (LocatedFailure{-1009, 9000, kRectangleLocation, "Image buffer is to small."}));
+  EXPECT_EQ(LocatedFailureOf([&] {
               const TImage<Mono8> image({0, 0}, {7, 5}, buffer);
             }),
-            (Failure{-1009, 9000, kRectangleLocation, "Image buffer has wrong pixel format."}));
+            (LocatedFailure{-1009, 9000, kRectangleLocation, "Image buffer has wrong pixel format."}));
 }
 
 // --------------------------------------------------------------------------------------------------------- regions --
@@ -296,14 +275,14 @@ TEST(Region, MayTouchTheRightAndTheBottomEdge) {
 
 TEST(Region, MustNotGoOnePixelBeyond) {
   const auto image = VectorImageBuffer::AllocBuffer(BayerGR12p, {7, 5})->CreateImage();
-  const Failure expected{
+  const LocatedFailure expected{
       -1009, 9000,
       "virtual std::unique_ptr<IfcImage> img::TImage<img::PixelFormatId::BayerGR12p>::Region(const img::Point2D &, "
       "const img::Size2D &) [formatId = img::PixelFormatId::BayerGR12p]",
       "Invalid region!"};
-  EXPECT_EQ(FailureOf([&] { image->Region({3, 2}, {5, 3}); }), expected);
-  EXPECT_EQ(FailureOf([&] { image->Region({3, 2}, {4, 4}); }), expected);
-  EXPECT_EQ(FailureOf([&] { image->Region({8, 0}, {0, 0}); }), expected);
+  EXPECT_EQ(LocatedFailureOf([&] { image->Region({3, 2}, {5, 3}); }), expected);
+  EXPECT_EQ(LocatedFailureOf([&] { image->Region({3, 2}, {4, 4}); }), expected);
+  EXPECT_EQ(LocatedFailureOf([&] { image->Region({8, 0}, {0, 0}); }), expected);
 }
 
 TEST(Region, MustNotWrapAround) {
@@ -507,7 +486,7 @@ TEST(Clone, OfAPartOfABufferWithoutAFactoryIsNull) {
 TEST(Clone, OfAnImageOverTheCallersMemoryFails) {
   std::vector<uint8_t> memory(35);
   const auto image = RawImageBuffer::CreateBuffer(Mono8, memory.data(), {7, 5})->CreateImage();
-  const auto failure = FailureOf([&] { image->Clone(); });
+  const auto failure = LocatedFailureOf([&] { image->Clone(); });
   ASSERT_TRUE(failure.has_value());
   EXPECT_EQ(failure->status, -1003);
   EXPECT_EQ(failure->text, "");

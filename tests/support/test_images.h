@@ -21,7 +21,7 @@
 #include "buffers/raw_image_buffer.h"
 #include "core/image.h"
 #include "core/image_buffer.h"
-#include "status/exceptions.h"
+#include "tests/support/failure.h"
 
 namespace korvel_test {
 
@@ -111,29 +111,5 @@ class MemoryBeforeGuard {
   uint8_t* mapped_ = nullptr;
   uint8_t* data_ = nullptr;
 };
-
-// A status exception as tests compare it.
-struct Failure {
-  int status;
-  int module;
-  std::string text;
-
-  bool operator==(const Failure&) const = default;
-};
-
-inline std::ostream& operator<<(std::ostream& stream, const Failure& failure) {
-  return stream << failure.status << ", " << failure.module << ", \"" << failure.text << "\"";
-}
-
-// The status exception that a call throws, if it throws one.
-template <class Call>
-std::optional<Failure> FailureOf(Call&& call) {
-  try {
-    call();
-  } catch (const korvel::internal::ImgException& exception) {
-    return Failure{static_cast<int>(exception.GetStatus()), exception.ModuleId(), exception.Text()};
-  }
-  return std::nullopt;
-}
 
 }  // namespace korvel_test
