@@ -12,6 +12,9 @@ namespace img::buffer {
 
 class PooledImageBuffer {
  public:
+  PooledImageBuffer(const PooledImageBuffer&) = delete;
+  PooledImageBuffer& operator=(const PooledImageBuffer&) = delete;
+
   // key names the memory to the pool. factory makes clones; the pool does where factory is null.
   static std::shared_ptr<IfcImageBuffer> CreateBuffer(PixelFormatId format, uint8_t* data, const Size2D& size,
                                                       size_t key, std::shared_ptr<IfcFixedFormatBufferPool> pool,
@@ -20,8 +23,6 @@ class PooledImageBuffer {
  protected:
   PooledImageBuffer(uint8_t* data, size_t key, std::shared_ptr<IfcFixedFormatBufferPool> pool,
                     std::shared_ptr<IfcBufferFactory> factory);
-  PooledImageBuffer(const PooledImageBuffer&) = delete;
-  PooledImageBuffer& operator=(const PooledImageBuffer&) = delete;
 
   // Gives the memory back to the pool, unless another buffer has taken it over.
   ~PooledImageBuffer();
