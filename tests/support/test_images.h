@@ -32,14 +32,14 @@ using Words32 = std::vector<uint32_t>;
 template <class Word>
 Bytes BytesOfWords(const std::vector<Word>& words) {
   Bytes bytes(words.size() * sizeof(Word));
-  std::memcpy(bytes.data(), words.data(), bytes.size());
+  if (!words.empty()) std::memcpy(bytes.data(), words.data(), bytes.size());
   return bytes;
 }
 
 template <class Word>
 std::vector<Word> WordsOfBytes(const Bytes& bytes) {
   std::vector<Word> words(bytes.size() / sizeof(Word));
-  std::memcpy(words.data(), bytes.data(), words.size() * sizeof(Word));
+  if (!words.empty()) std::memcpy(words.data(), bytes.data(), words.size() * sizeof(Word));
   return words;
 }
 
