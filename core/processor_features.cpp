@@ -7,7 +7,8 @@ namespace {
 
 ProcessorFeatures ReadFeatures() {
   ProcessorFeatures features;
-  const unsigned highestLeaf = __get_cpuid_max(0, nullptr);
+  // One compiler declares it as signed, the other as unsigned.
+  const auto highestLeaf = static_cast<unsigned>(__get_cpuid_max(0, nullptr));
   if (highestLeaf == 0) return features;
   const auto bit = [](unsigned word, unsigned index) { return static_cast<uint8_t>(word >> index & 1); };
 

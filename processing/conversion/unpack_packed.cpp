@@ -27,7 +27,7 @@ unsigned Sample10p(const uint8_t* group, size_t i) {
 }
 
 unsigned FirstSample12p(const uint8_t* group) { return group[0] | (group[1] & 15u) << 8; }
-unsigned SecondSample12p(const uint8_t* group) { return group[1] >> 4 | group[2] << 4; }
+unsigned SecondSample12p(const uint8_t* group) { return unsigned{group[1]} >> 4 | unsigned{group[2]} << 4; }
 
 [[noreturn]] void ThrowCorrupted(const char* className, const FormatFacts& in, const FormatFacts& out,
                                  const char* layout) {
@@ -92,7 +92,8 @@ void Unpack10g40(const uint8_t* input, size_t sampleCount, uint8_t* output) {
   for (size_t group = 0; group < groups; ++group) {
     const uint8_t* const bytes = input + group * k10BitGroupBytes;
     uint8_t* const samples = output + group * k10BitGroupSamples * sizeof(uint16_t);
-    for (size_t i = 0; i < k10BitGroupSamples; ++i) Store(samples, i, bytes[i] << 2u | (bytes[4] >> 2 * i & 3u));
+    for (size_t i = 0; i < k10BitGroupSamples; ++i)
+      Store(samples, i, unsigned{bytes[i]} << 2 | (unsigned{bytes[4]} >> 2 * i & 3));
   }
   // The low bits of an incomplete group lie beyond the stream.
   for (size_t i = 0; i < sampleCount % k10BitGroupSamples; ++i) {
@@ -104,8 +105,8 @@ void Unpack12g24(const uint8_t* input, size_t sampleCount, uint8_t* output) {
   const size_t groups = sampleCount / k12BitGroupSamples;
   for (size_t group = 0; group < groups; ++group) {
     const uint8_t* const bytes = input + group * k12BitGroupBytes;
-    Store(output, group * k12BitGroupSamples, bytes[0] << 4u | (bytes[2] & 15u));
-    Store(output, group * k12BitGroupSamples + 1, bytes[1] << 4u | bytes[2] >> 4u);
+    Store(output, group * k12BitGroupSamples, unsigned{bytes[0]} << 4 | (bytes[2] & 15u));
+    Store(output, group * k12BitGroupSamples + 1, unsigned{bytes[1]} << 4 | unsigned{bytes[2]} >> 4);
   }
   if (sampleCount % k12BitGroupSamples != 0) {
     Store(output, groups * k12BitGroupSamples, unsigned{input[groups * k12BitGroupBytes]} << 4);

@@ -29,7 +29,7 @@ TEST(PixelFormat, EveryQueryAgreesWithTheTableOfAllSixtyFourIds) {
     EXPECT_EQ(img::PixelFormatInfo_IsBayered(id), row.bayer);
     EXPECT_EQ(static_cast<uint32_t>(img::PixelFormatInfo_RawFormat(id)), row.rawFormat);
     EXPECT_EQ(static_cast<uint32_t>(img::PixelFormatInfo_ByteOrder(id)), 0u);
-    for (const size_t pixels : {0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 1000, 1001, 1002, 1003}) {
+    for (size_t pixels = 0; pixels < 1004; ++pixels) {
       EXPECT_EQ(img::PixelFormatInfo_CalcSizeOfPixels(id, pixels), korvel_test::BytesOfRun(row.runBytes, pixels));
     }
     const size_t wrapping = (size_t{1} << 63) + 5;
