@@ -25,9 +25,9 @@ void* AllocateOrFail(std::size_t size) {
 
 }  // namespace
 
-void* operator new(std::size_t size) { return AllocateOrFail(size); }
-void* operator new[](std::size_t size) { return AllocateOrFail(size); }
-// Inlined where the matching new is not, they look like a mismatch to the compiler.
+// Where one of a pair is inlined and the other is not, compilers see a mismatch.
+[[gnu::noinline]] void* operator new(std::size_t size) { return AllocateOrFail(size); }
+[[gnu::noinline]] void* operator new[](std::size_t size) { return AllocateOrFail(size); }
 [[gnu::noinline]] void operator delete(void* memory) noexcept { std::free(memory); }
 [[gnu::noinline]] void operator delete[](void* memory) noexcept { std::free(memory); }
 [[gnu::noinline]] void operator delete(void* memory, std::size_t) noexcept { std::free(memory); }
