@@ -137,4 +137,20 @@ void StoreColour(uint8_t* address, const SiteColour& colour) {
   pixel_accessor::StorePixel<format>(address, pixel);
 }
 
+// Writes the colours that a rule gives to columns first to last - 1 of an output line, whose line in the mosaic is red
+// or blue. Bits of a 32-bit word that carry nothing stay as they were.
+template <PixelFormatId formatIdOutput, class Rule>
+void StoreSites(const Rule& rule, BayerPhase phase, size_t y, size_t first, size_t last, uint8_t* line) {
+  const auto walk = [&]<bool kRedLine>(std::bool_constant<kRedLine>) {
+    ForEachSite(rule, phase.OwnColumn(y), first, last, [line](size_t x, const SiteColour& colour) {
+      StoreColour<formatIdOutput, kRedLine, true>(line + x * kFacts<formatIdOutput>.PixelByteCount(), colour);
+    });
+  };
+  if (phase.IsRedLine(y)) {
+    walk(std::true_type{});
+  } else {
+    walk(std::false_type{});
+  }
+}
+
 }  // namespace img::processing

@@ -42,18 +42,7 @@ void FilterLine(const IfcImage& input, IfcImage& output, BayerPhase phase, size_
   const FilterRule<SampleOf<formatIdOutput>, static_cast<int32_t>(kFacts<formatIdOutput>.maxValue)> rule{
       Line(input.PixelPointer(0, y - 2)), Line(input.PixelPointer(0, y - 1)), Line(input.PixelPointer(0, y)),
       Line(input.PixelPointer(0, y + 1)), Line(input.PixelPointer(0, y + 2))};
-  uint8_t* const target = output.PixelPointer(0, y);
-  const size_t last = input.Area().size.width - 2;
-  const auto walk = [&]<bool kRedLine>(std::bool_constant<kRedLine>) {
-    ForEachSite(rule, phase.OwnColumn(y), 2, last, [target](size_t x, const SiteColour& colour) {
-      StoreColour<formatIdOutput, kRedLine, true>(target + x * kFacts<formatIdOutput>.PixelByteCount(), colour);
-    });
-  };
-  if (phase.IsRedLine(y)) {
-    walk(std::true_type{});
-  } else {
-    walk(std::false_type{});
-  }
+  StoreSites<formatIdOutput>(rule, phase, y, 2, input.Area().size.width - 2, output.PixelPointer(0, y));
 }
 
 // The filters inside, the bilinear rule one pixel from the border, and a border copied from there. Images of fewer than

@@ -1,8 +1,6 @@
 // The bilinear demosaic of a whole image, for the sources of the demosaic families.
 #pragma once
 
-#include <type_traits>
-
 #include "core/image.h"
 #include "processing/conversion/bayer_sites.h"
 
@@ -36,17 +34,7 @@ void DemosaicBilinear(const IfcImage& input, IfcImage& output, BayerPhase phase,
   const BilinearRule<Sample> rule{SampleLine<Sample>(input.PixelPointer(0, y - 1)),
                                   SampleLine<Sample>(input.PixelPointer(0, y)),
                                   SampleLine<Sample>(input.PixelPointer(0, y + 1))};
-  uint8_t* const target = output.PixelPointer(0, y);
-  const auto walk = [&]<bool kRedLine>(std::bool_constant<kRedLine>) {
-    ForEachSite(rule, phase.OwnColumn(y), first, last, [target](size_t x, const SiteColour& colour) {
-      StoreColour<formatIdOutput, kRedLine, true>(target + x * kFacts<formatIdOutput>.PixelByteCount(), colour);
-    });
-  };
-  if (phase.IsRedLine(y)) {
-    walk(std::true_type{});
-  } else {
-    walk(std::false_type{});
-  }
+  StoreSites<formatIdOutput>(rule, phase, y, first, last, output.PixelPointer(0, y));
 }
 
 // The whole image: the bilinear rule inside, and a border copied from there. Pixels that no rule reaches (in images of
