@@ -30,10 +30,31 @@ ReturnCode WriteTo(KORVEL_IMAGE_HANDLE inputImageHandle, const char* filePath, s
 
 }  // namespace
 
+KORVEL_RETURN_CODE KORVEL_ImageWriter_WriteAsRAW(KORVEL_IMAGE_HANDLE inputImageHandle, const char* filePath,
+                                                 size_t filePathSize) {
+  return WriteTo(inputImageHandle, filePath, filePathSize, [](const img::IfcImage& image, const std::string& path) {
+    img::io::ImageWriter::writeImage(image, path, img::io::RAWParameter());
+  });
+}
+
+KORVEL_RETURN_CODE KORVEL_ImageWriter_WriteAsBMP(KORVEL_IMAGE_HANDLE inputImageHandle, const char* filePath,
+                                                 size_t filePathSize) {
+  return WriteTo(inputImageHandle, filePath, filePathSize, [](const img::IfcImage& image, const std::string& path) {
+    img::io::ImageWriter::writeImage(image, path, img::io::BMPParameter());
+  });
+}
+
 KORVEL_RETURN_CODE KORVEL_ImageWriter_WriteAsPNG(KORVEL_IMAGE_HANDLE inputImageHandle, uint32_t quality,
                                                  const char* filePath, size_t filePathSize) {
   return WriteTo(inputImageHandle, filePath, filePathSize, [&](const img::IfcImage& image, const std::string& path) {
     img::io::ImageWriter::writeImage(image, path, img::io::PNGParameter(quality));
+  });
+}
+
+KORVEL_RETURN_CODE KORVEL_ImageWriter_WriteAsJPG(KORVEL_IMAGE_HANDLE inputImageHandle, uint32_t quality,
+                                                 const char* filePath, size_t filePathSize) {
+  return WriteTo(inputImageHandle, filePath, filePathSize, [&](const img::IfcImage& image, const std::string& path) {
+    img::io::ImageWriter::writeImage(image, path, img::io::JPEGParameter(quality));
   });
 }
 

@@ -14,7 +14,7 @@ int main(int argc, char** argv) {
     if (benchmark::ReportUnrecognizedArguments(argc, argv)) return 2;
     korvel::benchmarks::RegisterModules();
     korvel::benchmarks::RegisterChains();
-    korvel::benchmarks::RegisterPng();
+    korvel::benchmarks::RegisterImageFiles();
     korvel::benchmarks::TableReporter reporter;
     const size_t count = benchmark::RunSpecifiedBenchmarks(&reporter);
     return count == 0 || reporter.HasFailure() ? 1 : 0;

@@ -9,7 +9,7 @@ void RegisterModules();
 // The common conversions and other work through the exported functions, with all that a call does besides.
 void RegisterChains();
 
-// PNG files beside those of libpng alone.
-void RegisterPng();
+// Image files beside those of the bare codecs, and beside one call of the system.
+void RegisterImageFiles();
 
 }  // namespace korvel::benchmarks

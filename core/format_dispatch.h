@@ -106,7 +106,7 @@ std::unique_ptr<TClassIfc> MakeFromRawGrid(PixelFormatId in, PixelFormatId out, 
 
 constexpr bool IsPublic(PixelFormatId formatId) {
   const std::optional<FormatFacts> facts = FindFacts(formatId);
-  return facts && formatId != PixelFormatId::Invalid && facts->type != PixelType::Raw;
+  return facts && facts->IsPublic();
 }
 
 }  // namespace detail

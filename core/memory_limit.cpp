@@ -2,9 +2,17 @@
 
 #include <unistd.h>
 
+#include <atomic>
 #include <limits>
 
+namespace {
+
+std::atomic<size_t> overridden = 0;
+
+}  // namespace
+
 size_t img::LargestAllocation() {
+  if (const size_t other = overridden; other != 0) return other;
   static const size_t limit = [] {
     const long pages = sysconf(_SC_PHYS_PAGES);
     const long pageSize = sysconf(_SC_PAGE_SIZE);
@@ -13,6 +21,8 @@ size_t img::LargestAllocation() {
   }();
   return limit;
 }
+
+void img::OverrideLargestAllocation(size_t byteCount) { overridden = byteCount; }
 
 size_t img::MostAllocations(size_t byteCount, size_t alreadyTaken) {
   // The heads of the blocks and the nodes of the containers that hold them, generously.

@@ -9,6 +9,9 @@ namespace img {
 // called in, so the library refuses before it asks.
 size_t LargestAllocation();
 
+// Puts another bound in its place, for tests and fuzzers, and the bound above with 0.
+void OverrideLargestAllocation(size_t byteCount);
+
 // How many blocks of a size fit the bound beside what is already taken, with what keeping each of them costs.
 size_t MostAllocations(size_t byteCount, size_t alreadyTaken = 0);
 

@@ -67,6 +67,9 @@ struct FormatFacts {
   PixelFormatId rawFormat;        // the id of the layout alone
 
   constexpr bool IsPacked() const { return layout != PixelLayout::Unpacked; }
+  // True for the formats of the exported header, which the internal ids and Invalid are not.
+  constexpr bool IsPublic() const { return type != PixelType::None && type != PixelType::Raw; }
+
   constexpr bool IsBayered() const { return type == PixelType::Bayer; }
 
   // True where pixels don't lie on whole bytes, so that one pixel alone has no address.

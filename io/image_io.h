@@ -1,7 +1,8 @@
-// The classes that write images to files, one family for each file type.
+// The classes that write images to files and read them, one family for each file type.
 #pragma once
 
 #include <cstdint>
+#include <memory>
 #include <string>
 
 #include "core/image.h"
@@ -9,7 +10,7 @@
 namespace img::io {
 
 // The file types, under the numbers that parameters carry.
-enum class FileFormat : uint32_t { Png = 2 };
+enum class FileFormat : uint32_t { Bmp = 1, Png = 2, Jpeg = 3, Raw = 4 };
 
 class IfcImageIO {
  public:
@@ -28,6 +29,15 @@ class IfcImageOutput : public IfcImageIO {
   virtual bool IsEndingOfType(const std::string& lowerCaseEnding) const = 0;
 };
 
+// Reads the image of one path into a buffer from a factory. The result is null if the factory's buffer makes no image.
+class IfcImageInput : public IfcImageIO {
+ public:
+  virtual std::unique_ptr<IfcImage> Read() = 0;
+
+  // Takes the pixels for another format, where the file type allows that.
+  virtual std::unique_ptr<IfcImage> Read(PixelFormatId requested) = 0;
+};
+
 // How a file is to be written.
 struct ImgParameter {
   FileFormat fileFormat;
@@ -37,12 +47,29 @@ struct ImgParameter {
   explicit ImgParameter(FileFormat format) : fileFormat(format) {}
 };
 
+struct BMPParameter : ImgParameter {
+  BMPParameter() : ImgParameter(FileFormat::Bmp) {}
+};
+
 struct PNGParameter : ImgParameter {
   static constexpr uint32_t kDefaultQuality = 100;
 
   explicit PNGParameter(uint32_t pngQuality = kDefaultQuality) : ImgParameter(FileFormat::Png), quality(pngQuality) {}
 
   uint32_t quality;  // 10 makes the smallest file, 100 is the fastest
+};
+
+struct JPEGParameter : ImgParameter {
+  static constexpr uint32_t kDefaultQuality = 75;
+
+  explicit JPEGParameter(uint32_t jpegQuality = kDefaultQuality)
+      : ImgParameter(FileFormat::Jpeg), quality(jpegQuality) {}
+
+  uint32_t quality;  // 0 makes the smallest file; 100, and anything above, the best picture
+};
+
+struct RAWParameter : ImgParameter {
+  RAWParameter() : ImgParameter(FileFormat::Raw) {}
 };
 
 }  // namespace img::io

@@ -2,11 +2,15 @@
 
 #include <filesystem>
 #include <memory>
+#include <optional>
 #include <system_error>
 
+#include "io/bmp/bmp_output.h"
+#include "io/file_ending.h"
 #include "io/io_failure.h"
-#include "io/path_ending.h"
+#include "io/jpeg/jpeg_output.h"
 #include "io/png/png_output.h"
+#include "io/raw/raw_output.h"
 
 namespace img::io {
 namespace {
@@ -31,11 +35,16 @@ void RequireDirectory(const std::filesystem::path& path, const char* location) {
 std::unique_ptr<IfcImageOutput> MakeOutput(const IfcImage& image, const std::string& path,
                                            const ImgParameter& parameter) {
   switch (parameter.fileFormat) {
+    case FileFormat::Bmp:
+      return bmp::MakeOutput(image.PixelFormat(), path, static_cast<const BMPParameter&>(parameter));
     case FileFormat::Png:
       return png::MakeOutput(image.PixelFormat(), path, static_cast<const PNGParameter&>(parameter));
-    default:
-      ThrowIo(ImgStatusCode::Io, kWithParameter, kUnknownFormat);
+    case FileFormat::Jpeg:
+      return jpeg::MakeOutput(image.PixelFormat(), path, static_cast<const JPEGParameter&>(parameter));
+    case FileFormat::Raw:
+      return raw::MakeOutput(image.PixelFormat(), path, static_cast<const RAWParameter&>(parameter));
   }
+  ThrowIo(ImgStatusCode::Io, kWithParameter, kUnknownFormat);
 }
 
 }  // namespace
@@ -51,8 +60,19 @@ void ImageWriter::writeImage(const IfcImage& image, const std::string& path, con
 
 void ImageWriter::writeImage(const IfcImage& image, const std::string& path) {
   RequireDirectory(path, kByEnding);
-  if (LowerCaseEnding(path) != kPngEnding) ThrowIo(ImgStatusCode::Io, kByEnding, kUnknownFormat);
-  writeImage(image, path, PNGParameter());
+  if (const std::optional<FileFormat> fileFormat = FileFormatOfEnding(LowerCaseEnding(path))) {
+    switch (*fileFormat) {
+      case FileFormat::Bmp:
+        return writeImage(image, path, BMPParameter());
+      case FileFormat::Png:
+        return writeImage(image, path, PNGParameter());
+      case FileFormat::Jpeg:
+        return writeImage(image, path, JPEGParameter());
+      case FileFormat::Raw:
+        return writeImage(image, path, RAWParameter());
+    }
+  }
+  ThrowIo(ImgStatusCode::Io, kByEnding, kUnknownFormat);
 }
 
 }  // namespace img::io

@@ -15,6 +15,8 @@ namespace img::io {
 
 inline constexpr const char* kCannotOpen = "Error opening file. Check name and file permissions.";
 inline constexpr const char* kCannotWrite = "Error writing file.";
+inline constexpr const char* kCannotRead = "Error reading file.";
 inline constexpr const char* kUnsupportedPixelFormat = "Unsupported pixel format";
+inline constexpr const char* kCannotInterpret = "Can not interpret image with this pixel format";
 
 }  // namespace img::io

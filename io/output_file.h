@@ -1,6 +1,7 @@
 // A file that is being written, closed on every path.
 #pragma once
 
+#include <cstddef>
 #include <cstdio>
 #include <memory>
 #include <string>
@@ -16,6 +17,12 @@ class OutputFile {
   bool IsOpen() const { return file_ != nullptr; }
   FILE* Get() const { return file_.get(); }
 
+  // For many small writes: hands larger blocks to the system, which cost less. Called before the first write.
+  void WriteInBlocks();
+
+  // False if the bytes could not be taken; Close then fails as well.
+  bool Write(const void* bytes, size_t byteCount);
+
   // Writes what is left and closes. False if anything of the file may not have arrived.
   bool Close();
 
@@ -24,6 +31,7 @@ class OutputFile {
     void operator()(FILE* file) const { std::fclose(file); }
   };
 
+  std::unique_ptr<char[]> block_;  // outlives the file that uses it
   std::unique_ptr<FILE, Closer> file_;
 };
 

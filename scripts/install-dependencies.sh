@@ -5,11 +5,12 @@ set -euo pipefail
 
 usage() {
   cat <<'HELP'
-Usage: scripts/install-dependencies.sh [--all] [--lint]
+Usage: scripts/install-dependencies.sh [--all] [--fuzz] [--lint]
 
 Installs the missing packages for building, testing and running libkorvel on Debian 12.
 
-  --all    also what scripts/test.sh --all needs: clang with its run-time libraries, pngcheck
+  --all    also what scripts/test.sh --all needs: clang with its run-time libraries
+  --fuzz   also what scripts/fuzz.sh needs: clang with its run-time libraries, valgrind
   --lint   also what scripts/format.sh and scripts/lint.sh need: clang-format, clang-tidy, shellcheck
   --help   this text
 HELP
@@ -27,16 +28,24 @@ readonly base_packages=(
   ccache:ccache
   git:git
   libpng-dev:/png.h
+  libjpeg62-turbo-dev:/jpeglib.h
   libcli11-dev:/CLI/CLI.hpp
   nlohmann-json3-dev:/nlohmann/json.hpp
   libgtest-dev:/gtest/gtest.h
   libgmock-dev:/gmock/gmock.h
   libbenchmark-dev:/benchmark/benchmark.h
+  pngcheck:pngcheck
+  imagemagick:convert-im6.q16
+  libjpeg-turbo-progs:djpeg
 )
 readonly all_packages=(
   clang:clang++
   libclang-rt-14-dev:clang-runtime
-  pngcheck:pngcheck
+)
+readonly fuzz_packages=(
+  clang:clang++
+  libclang-rt-14-dev:clang-runtime
+  valgrind:valgrind
 )
 readonly lint_packages=(
   clang-format:clang-format
@@ -63,6 +72,7 @@ wanted=("${base_packages[@]}")
 for argument in "$@"; do
   case "$argument" in
     --all) wanted+=("${all_packages[@]}") ;;
+    --fuzz) wanted+=("${fuzz_packages[@]}") ;;
     --lint) wanted+=("${lint_packages[@]}") ;;
     --help | -h)
       usage

@@ -415,18 +415,35 @@ KORVEL_API KORVEL_RETURN_CODE KORVEL_ImageConverter_ConvertToBuffer(KORVEL_IMAGE
  */
 KORVEL_API KORVEL_RETURN_CODE KORVEL_ImageConverter_Destruct(KORVEL_IMAGE_CONVERTER_HANDLE imageConverterHandle);
 
-/* ------------------------------------------------------------------------------------------------ image writer -- */
+/* ------------------------------------------------------------------------------------------------- image files -- */
 
 /*
- * Writes an image to a file. filePath is filePathSize bytes, without a terminating zero; any bytes that the file
- * system takes. The directory must exist, and the path's ending must be that of the file type, in upper or lower case.
- * An existing file is overwritten. After a failure a partly written file may stay behind.
+ * Paths of files are filePathSize bytes, without a terminating zero; any bytes that the file system takes. A path
+ * without a directory means the working directory. The path's ending, in upper or lower case, tells the file type.
  *
- * KORVEL_ImageWriter_WriteAsPNG writes ".png": mono, Bayer (as grey) and colour formats, unpacked. 10 and 12 bits go
- * into a 16-bit file that tells the depth in an sBIT chunk. quality runs from 10 (smallest file) to 100 (fastest).
- * Neither side may exceed 1,000,000 pixels.
+ *   type             formats that it keeps                                 read back as
+ *   ".bmp"           Mono, Bayer; RGB8, BGR8, RGBa8, BGRa8, RGB10p32,      mono for Bayer; RGB8 and RGB10p32 with red
+ *                    BGR10p32; no other packed format                      and blue exchanged; the others as written
+ *   ".png"           Mono, Bayer, colour; no packed format                 mono for Bayer, RGB for BGR; lossless
+ *   ".jpg", ".jpeg"  Mono8, Bayer of 8 bits, colour of 8 bits              Mono8 or RGB8; lossy
+ *   ".raw"           every format                                          as written
  *
- * KORVEL_ImageWriter_Write picks the file type from the ending, and for ".png" a quality of 100.
+ * BMP files keep the depth of 10 and 12 bits by masks, and pad lines by the remainder of their length by 4: programs
+ * other than this library read those of 8 bits whose lines leave a remainder of 0 or 2. PNG files of 10 and 12 bits
+ * hold 16-bit samples, shifted up, and tell the depth in an sBIT chunk. RAW is the library's own: 28 bytes (format id,
+ * number of pixel bytes, width and height as little-endian integers of 4, 8, 8 and 8 bytes), then the image's bytes.
+ */
+
+/*
+ * Writes an image to a file. The directory must exist, and the path's ending must be that of the file type. An existing
+ * file is overwritten. Success means that the whole file was handed to the system and closed without an error; after a
+ * failure a partly written file may stay behind.
+ *
+ * quality for ".png" runs from 10 (smallest file) to 100 (fastest); the pixels are the same. For ".jpg" and ".jpeg" it
+ * runs from 0 (smallest file) to 100 (best picture), and anything above counts as 100. No side of a PNG may exceed
+ * 1,000,000 pixels, and none of a JPEG 65,500.
+ *
+ * KORVEL_ImageWriter_Write picks the file type from the ending, and a quality of 100 for PNG and of 75 for JPEG.
  *
  * InvalidHandle            inputImageHandle is not known
  * InvalidArgument          filePath is null or filePathSize is 0
@@ -434,10 +451,45 @@ KORVEL_API KORVEL_RETURN_CODE KORVEL_ImageConverter_Destruct(KORVEL_IMAGE_CONVER
  *                          not be written
  * ImageFormatNotSupported  the file type has no place for this pixel format
  */
+KORVEL_API KORVEL_RETURN_CODE KORVEL_ImageWriter_WriteAsRAW(KORVEL_IMAGE_HANDLE inputImageHandle, const char* filePath,
+                                                            size_t filePathSize);
+KORVEL_API KORVEL_RETURN_CODE KORVEL_ImageWriter_WriteAsBMP(KORVEL_IMAGE_HANDLE inputImageHandle, const char* filePath,
+                                                            size_t filePathSize);
 KORVEL_API KORVEL_RETURN_CODE KORVEL_ImageWriter_WriteAsPNG(KORVEL_IMAGE_HANDLE inputImageHandle, uint32_t quality,
+                                                            const char* filePath, size_t filePathSize);
+KORVEL_API KORVEL_RETURN_CODE KORVEL_ImageWriter_WriteAsJPG(KORVEL_IMAGE_HANDLE inputImageHandle, uint32_t quality,
                                                             const char* filePath, size_t filePathSize);
 KORVEL_API KORVEL_RETURN_CODE KORVEL_ImageWriter_Write(KORVEL_IMAGE_HANDLE inputImageHandle, const char* filePath,
                                                        size_t filePathSize);
+
+/*
+ * Reads a file into a new image, in memory of the library's own. Files from elsewhere are read as far as they fit: BMP
+ * of 8 bits with a colour table (as Mono8, whatever the table's colours), 24 bits, and bit fields that match a pixel
+ * format; PNG of grey or true colour, where 16-bit samples without an sBIT chunk of 10 or 12 bits for each channel are
+ * reduced to 8 and transparent colours are ignored; JPEG of grey or colour, not CMYK.
+ *
+ * KORVEL_ImageReaderRead_ReadAsPixelFormat takes the pixels for another format; none is converted. From BMP, PNG and
+ * JPEG files a mono image can be asked for as a Bayer format of its depth, and the image then has that format. From a
+ * RAW file a Bayer image can be asked for as the mono format of its depth and packing, and the image still has the
+ * file's format. The format that the file holds can always be asked for.
+ *
+ * A file is never trusted: whatever it holds, the answer is an image or a failure. Sizes are checked against the file as
+ * far as its type allows, and against the limit of all images, before memory is taken. Anything but a regular file is
+ * answered like a file that can't be opened.
+ *
+ * InvalidArgument                 filePath or outputImageHandle is null or filePathSize is 0
+ * Io                              the ending is not known, or the file can't be opened, is damaged, cut short or larger
+ *                                 than the limit of all images
+ * OutOfRange                      a RAW file's width or height is 0
+ * ImageFormatNotSupported         no pixel format fits the file's pixels, or pixelFormat is KORVEL_PIXEL_FORMAT_Invalid
+ * ImageFormatInterpretationError  the file's pixels can't be taken for pixelFormat, or no format has this id
+ * Error                           a RAW file's pixel format isn't public, or the memory can't be had
+ */
+KORVEL_API KORVEL_RETURN_CODE KORVEL_ImageReader_Read(const char* filePath, size_t filePathSize,
+                                                      KORVEL_IMAGE_HANDLE* outputImageHandle);
+KORVEL_API KORVEL_RETURN_CODE KORVEL_ImageReaderRead_ReadAsPixelFormat(const char* filePath, size_t filePathSize,
+                                                                       uint32_t pixelFormat,
+                                                                       KORVEL_IMAGE_HANDLE* outputImageHandle);
 
 #ifdef __cplusplus
 }

@@ -2,17 +2,15 @@
 
 #include <png.h>
 
+#include "io/file_formats.h"
 #include "io/io_failure.h"
 
 namespace img::io::png {
 
 PNGHeader PNGHeader::imgToHeader(const IfcImage& image) {
-  const FormatFacts facts = FindFacts(image.PixelFormat()).value_or(kFacts<PixelFormatId::Invalid>);
-  if (facts.IsPacked() || facts.type == PixelType::None || facts.type == PixelType::Raw) {
-    ThrowIo(korvel::internal::ImgStatusCode::ImageFormatNotSupported,
-            "static img::io::png::PNGHeader img::io::png::PNGHeader::imgToHeader(const img::IfcImage &)",
-            kUnsupportedPixelFormat);
-  }
+  const FormatFacts facts =
+      RequireKept(FileFormat::Png, image,
+                  "static img::io::png::PNGHeader img::io::png::PNGHeader::imgToHeader(const img::IfcImage &)");
 
   PNGHeader header;
   header.width = image.Area().size.width;
@@ -30,6 +28,41 @@ PNGHeader PNGHeader::imgToHeader(const IfcImage& image) {
     header.alphaBits = facts.channels == 4 ? bits : uint8_t{0};
   }
   return header;
+}
+
+PixelFormatId PNGHeader::reselectPixelFormat(const PNGHeader& header, std::optional<PixelFormatId> requested) {
+  constexpr const char* kLocation =
+      "static PixelFormatId img::io::png::PNGHeader::reselectPixelFormat(const PNGHeader &, "
+      "std::optional<PixelFormatId>)";
+  const uint8_t red = header.redBits;
+  PixelClass pixelClass = PixelClass::None;
+  uint32_t bits = red;
+  bool isEven = true;
+  switch (header.colourType) {
+    case PNG_COLOR_TYPE_GRAY:
+      pixelClass = PixelClass::Mono;
+      bits = header.greyBits;
+      break;
+    case PNG_COLOR_TYPE_RGB:
+      pixelClass = PixelClass::RGB;
+      isEven = header.greenBits == red && header.blueBits == red;
+      break;
+    case PNG_COLOR_TYPE_RGB_ALPHA:
+      pixelClass = PixelClass::RGBa;
+      isEven = header.greenBits == red && header.blueBits == red && header.alphaBits == red;
+      break;
+    default:
+      break;
+  }
+  // Intended: a file that tells 8 significant bits has no format, unlike one that tells nothing.
+  const bool isUnknown = header.hasSignificantBits && (!isEven || bits == 8);
+  const PixelFormatId found = isUnknown ? PixelFormatId::Invalid
+                                        : PixelFormatInfo_FromClassAndBits(static_cast<int32_t>(pixelClass),
+                                                                           header.hasSignificantBits ? bits : 8);
+  if (found == PixelFormatId::Invalid) {
+    ThrowIo(korvel::internal::ImgStatusCode::ImageFormatNotSupported, kLocation, kUnsupportedPixelFormat);
+  }
+  return ReselectBayerForMono(found, requested, kLocation);
 }
 
 }  // namespace img::io::png

@@ -13,8 +13,10 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <optional>
 
 #include "core/image.h"
+#include "core/pixel_format.h"
 
 namespace img::io::png {
 
@@ -34,6 +36,11 @@ struct PNGHeader {
 
   // Throws ImageFormatNotSupported, "Unsupported pixel format", for packed formats and Invalid.
   static PNGHeader imgToHeader(const IfcImage& image);
+
+  // The format of a file's pixels, as the request allows. Colour type and significant bits decide it; the file's depth
+  // and the order of its colours play no part. Throws ImageFormatNotSupported if no format fits the file, and
+  // ImageFormatInterpretationError for a request that it doesn't allow.
+  static PixelFormatId reselectPixelFormat(const PNGHeader& header, std::optional<PixelFormatId> requested);
 };
 
 }  // namespace img::io::png

@@ -2,11 +2,11 @@
 
 #include <png.h>
 
-#include <csetjmp>
-
+#include "io/image_lines.h"
 #include "io/io_failure.h"
 #include "io/output_file.h"
 #include "io/png/png_header.h"
+#include "io/png/png_stages.h"
 
 namespace img::io::png {
 namespace {
@@ -16,10 +16,6 @@ using korvel::internal::ImgStatusCode;
 constexpr const char* kWriteImage =
     "static void img::io::png::PNGWriter::writeImage(const std::string &, const img::IfcImage &, const "
     "img::io::PNGParameter &)";
-
-// libpng ends a failed call with a jump. Its own handlers would print what went wrong first.
-[[noreturn]] void OnError(png_structp png, png_const_charp) { png_longjmp(png, 1); }
-void OnWarning(png_structp, png_const_charp) {}
 
 // libpng's structures, released on every path.
 class WriteStructures {
@@ -44,8 +40,7 @@ class WriteStructures {
   png_infop info_ = nullptr;
 };
 
-// What the stages work on. They are plain functions without objects to destroy, since a jump out of libpng skips
-// destructors.
+// What the stages work on.
 struct Writing {
   png_structp png;
   png_infop info;
@@ -55,9 +50,9 @@ struct Writing {
   int compressionLevel;
 };
 
-void Start(const Writing& writing) { png_init_io(writing.png, writing.file); }
+void Start(Writing& writing) { png_init_io(writing.png, writing.file); }
 
-void SetHeader(const Writing& writing) {
+void SetHeader(Writing& writing) {
   const PNGHeader& header = writing.header;
   if (header.width > PNG_UINT_31_MAX || header.height > PNG_UINT_31_MAX) {
     png_error(writing.png, "the image is too large for the file type");
@@ -79,22 +74,15 @@ void SetHeader(const Writing& writing) {
   png_set_compression_level(writing.png, writing.compressionLevel);
 }
 
-void WriteInfo(const Writing& writing) {
+void WriteInfo(Writing& writing) {
   png_write_info(writing.png, writing.info);
   // Samples lie in memory with the low byte first.
   if (writing.header.bitDepth == 16) png_set_swap(writing.png);
 }
 
-void WriteRows(const Writing& writing) {
-  for (size_t y = 0; y < writing.header.height; ++y) png_write_row(writing.png, writing.image.PixelPointer(0, y));
+void WriteRows(Writing& writing) {
+  for (size_t y = 0; y < writing.header.height; ++y) png_write_row(writing.png, LineOf(writing.image, y));
   png_write_end(writing.png, writing.info);
-}
-
-// False if libpng left the stage with a jump.
-bool Runs(void (*stage)(const Writing&), const Writing& writing) {
-  if (setjmp(png_jmpbuf(writing.png)) != 0) return false;
-  stage(writing);
-  return true;
 }
 
 }  // namespace
@@ -109,10 +97,9 @@ void PNGWriter::writeImage(const std::string& path, const IfcImage& image, const
   if (!file.IsOpen()) ThrowIo(ImgStatusCode::Io, kWriteImage, kCannotOpen);
 
   const WriteStructures structures;
-  const Writing writing{
-      structures.Png(), structures.Info(), file.Get(), image, header, CompressionLevel(parameter.quality)};
+  Writing writing{structures.Png(), structures.Info(), file.Get(), image, header, CompressionLevel(parameter.quality)};
   const struct {
-    void (*run)(const Writing&);
+    void (*run)(Writing&);
     const char* failure;
   } stages[] = {
       {Start, "Error starting writing png."},

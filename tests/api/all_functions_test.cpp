@@ -48,6 +48,9 @@ const std::vector<TakesHandle<ImageCall>> kImageCalls = {
     {"imageHandle", [](auto image) { return KORVEL_Image_ConvertToBuffer(image, 77, nullptr, 0, 9, nullptr); }},
     {"imageHandle", [](auto image) { return KORVEL_Image_Destruct(image); }},
     {"inputImageHandle", [](auto image) { return KORVEL_ImageWriter_WriteAsPNG(image, 0, nullptr, 0); }},
+    {"inputImageHandle", [](auto image) { return KORVEL_ImageWriter_WriteAsRAW(image, nullptr, 0); }},
+    {"inputImageHandle", [](auto image) { return KORVEL_ImageWriter_WriteAsBMP(image, nullptr, 0); }},
+    {"inputImageHandle", [](auto image) { return KORVEL_ImageWriter_WriteAsJPG(image, 0, nullptr, 0); }},
     {"inputImageHandle", [](auto image) { return KORVEL_ImageWriter_Write(image, nullptr, 0); }},
     {"inputImageHandle", [](auto image) { return KORVEL_ImageConverter_Convert(aConverter, image, 77, nullptr); }},
     {"inputImageHandle",
@@ -116,7 +119,25 @@ const std::vector<TakesPointer> kPointerCalls = {
     {"outputImageHandle",
      [] { return KORVEL_ImageConverter_ConvertToBuffer(aConverter, anImage, 77, &aByte, 0, nullptr); }},
     {"filePath", [] { return KORVEL_ImageWriter_WriteAsPNG(anImage, 0, nullptr, 0); }},
+    {"filePath", [] { return KORVEL_ImageWriter_WriteAsRAW(anImage, nullptr, 0); }},
+    {"filePath", [] { return KORVEL_ImageWriter_WriteAsBMP(anImage, nullptr, 0); }},
+    {"filePath", [] { return KORVEL_ImageWriter_WriteAsJPG(anImage, 0, nullptr, 0); }},
     {"filePath", [] { return KORVEL_ImageWriter_Write(anImage, nullptr, 0); }},
+    {"filePath", [] { return KORVEL_ImageReader_Read(nullptr, 0, nullptr); }},
+    {"outputImageHandle", [] { return KORVEL_ImageReader_Read("a", 1, nullptr); }},
+    {"filePath", [] { return KORVEL_ImageReaderRead_ReadAsPixelFormat(nullptr, 0, 0, nullptr); }},
+    {"outputImageHandle", [] { return KORVEL_ImageReaderRead_ReadAsPixelFormat("a", 1, 0, nullptr); }},
+};
+
+// Every function with a path, which is empty, with bad values beside it.
+const std::vector<Call> kPathCalls = {
+    [] { return KORVEL_ImageWriter_WriteAsRAW(anImage, "a.raw", 0); },
+    [] { return KORVEL_ImageWriter_WriteAsBMP(anImage, "a.bmp", 0); },
+    [] { return KORVEL_ImageWriter_WriteAsPNG(anImage, 0, "", 0); },
+    [] { return KORVEL_ImageWriter_WriteAsJPG(anImage, 0, "a.jpg", 0); },
+    [] { return KORVEL_ImageWriter_Write(anImage, "a.png", 0); },
+    [] { return KORVEL_ImageReader_Read("a.png", 0, nullptr); },
+    [] { return KORVEL_ImageReaderRead_ReadAsPixelFormat("a.png", 0, 0, nullptr); },
 };
 
 class AllFunctions : public testing::Test {
@@ -169,10 +190,14 @@ TEST_F(AllFunctions, RefuseNullPointers) {
     EXPECT_EQ(kPointerCalls[i].call(), 5u);
     EXPECT_EQ(ReadLastError(), (LastError{5, std::string(kPointerCalls[i].argument) + " is not a valid pointer!"}));
   }
-  EXPECT_EQ(KORVEL_ImageWriter_WriteAsPNG(anImage, 0, "", 0), 5u);
-  EXPECT_EQ(ReadLastError(), (LastError{5, "filePathSize is 0!"}));
-  EXPECT_EQ(KORVEL_ImageWriter_Write(anImage, "a.png", 0), 5u);
-  EXPECT_EQ(ReadLastError(), (LastError{5, "filePathSize is 0!"}));
+}
+
+TEST_F(AllFunctions, RefuseEmptyPaths) {
+  for (size_t i = 0; i < kPathCalls.size(); ++i) {
+    SCOPED_TRACE(testing::Message() << "call " << i);
+    EXPECT_EQ(kPathCalls[i](), 5u);
+    EXPECT_EQ(ReadLastError(), (LastError{5, "filePathSize is 0!"}));
+  }
 }
 
 }  // namespace

@@ -7,7 +7,7 @@
 #include <fstream>
 #include <string>
 
-#include "io/path_ending.h"
+#include "io/file_ending.h"
 #include "io/png/png_output.h"
 #include "tests/support/temporary_directory.h"
 #include "tests/support/test_images.h"

@@ -1,0 +1,16 @@
+// BMP as one of the file types that ImageWriter chooses from.
+#pragma once
+
+#include <memory>
+#include <string>
+
+#include "io/image_io.h"
+
+namespace img::io::bmp {
+
+// The output object of an image format. Throws InvalidParameterUtilx, "Unsupported formatId: ", for an id that isn't
+// public.
+std::unique_ptr<IfcImageOutput> MakeOutput(PixelFormatId format, const std::string& path,
+                                           const BMPParameter& parameter);
+
+}  // namespace img::io::bmp

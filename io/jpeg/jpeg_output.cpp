@@ -1,0 +1,28 @@
+#include "io/jpeg/jpeg_output.h"
+
+#include "io/file_output.h"
+#include "io/jpeg/jpeg_writer.h"
+
+namespace img::io::jpeg {
+namespace {
+
+template <PixelFormatId formatId>
+class JPEGOutput final : public FileOutput<formatId, JPEGParameter> {
+ public:
+  using FileOutput<formatId, JPEGParameter>::FileOutput;
+
+ private:
+  void OutRaw(const TImage<formatId>& image) const override {
+    JPEGWriter::writeImage(this->Path(), image, this->GetParameter());
+  }
+};
+
+}  // namespace
+}  // namespace img::io::jpeg
+
+KORVEL_NAME_FOR_DISPATCH(img::io::jpeg::JPEGOutput, "jpeg::JPEGOutput");
+
+std::unique_ptr<img::io::IfcImageOutput> img::io::jpeg::MakeOutput(PixelFormatId format, const std::string& path,
+                                                                   const JPEGParameter& parameter) {
+  return MakeFormatClass<JPEGOutput, IfcImageOutput>(format, path, parameter);
+}
