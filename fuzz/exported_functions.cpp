@@ -1,0 +1,672 @@
+// A random sequence of calls of the exported functions, with handles dead, alive and foreign, sizes from 0 to huge, and
+// formats valid and not. Every call gives a result or a failure with a code and a text, checks run in the documented
+// order, and a failure changes nothing.
+//
+// A new function is a row of kOperations, and a new kind of handle is a row of World's pools. Functions whose arguments
+// have one of the common shapes are called by Call<>, which goes by the function's type; the others have an operation
+// of their own.
+#include <korvel/korvel.h>
+#include <sys/stat.h>
+
+#include <algorithm>
+#include <cstring>
+#include <filesystem>
+#include <iterator>
+#include <memory>
+#include <stdexcept>
+#include <string>
+#include <tuple>
+#include <type_traits>
+#include <vector>
+
+#include "fuzz/fuzz_input.h"
+#include "fuzz/reading.h"
+
+namespace {
+
+using korvel_fuzz::FuzzInput;
+using korvel_fuzz::RequireFailure;
+using korvel_fuzz::ScratchFile;
+using korvel_fuzz::Session;
+using korvel_test::kFormatTable;
+
+// Small, so that many calls fit into a second.
+constexpr size_t kLargestAllocation = size_t{1} * 1024 * 1024;
+constexpr size_t kMostCalls = 32;
+
+// ------------------------------------------------------------------------------------------------------- arguments --
+
+size_t TakeSize(FuzzInput& input) {
+  static constexpr uint64_t kEdges[] = {0x7FFF'FFFF,           0x8000'0000,           0xFFFF'FFFF,
+                                        0x1'0000'0000,         0x1'0000'0001,         0x1000'0000'0000'0000,
+                                        0x5555'5555'5555'5556, 0x7FFF'FFFF'FFFF'FFFF, 0x8000'0000'0000'0000,
+                                        0xFFFF'FFFF'FFFF'FFFF};
+  const uint8_t kind = input.TakeByte() % 16;
+  if (kind < 9) return input.TakeByte() % 40u + 1;
+  if (kind < 12) return input.TakeByte() + 1u;
+  if (kind == 12) return 0;
+  if (kind == 13) return input.Take<uint16_t>();
+  if (kind == 14) return input.TakeOneOf(kEdges);
+  return input.Take<size_t>();
+}
+
+uint32_t TakeFormat(FuzzInput& input) {
+  const size_t kind = input.TakeByte();
+  return kind < 4 * kFormatTable.size() - 8 ? kFormatTable[kind % kFormatTable.size()].id : input.Take<uint32_t>();
+}
+
+// What a function writes its result to: seldom null.
+template <class Value>
+class Result {
+ public:
+  Result(FuzzInput& input, Value initial) : initial_(initial), value_(initial), isGiven_(input.TakeByte() % 16 != 0) {}
+
+  Value* Pointer() { return isGiven_ ? &value_ : nullptr; }
+  bool IsGiven() const { return isGiven_; }
+  bool IsUntouched() const { return value_ == initial_; }
+  Value Get() const { return value_; }
+
+ private:
+  Value initial_;
+  Value value_;
+  bool isGiven_;
+};
+
+// Handles of one kind.
+template <class Handle>
+class HandlePool {
+ public:
+  HandlePool(KORVEL_RETURN_CODE (*destruct)(Handle)) : destruct_(destruct) {}
+  HandlePool(const HandlePool&) = delete;
+  HandlePool& operator=(const HandlePool&) = delete;
+  ~HandlePool() {
+    while (!alive_.empty()) DestroyOldest();
+  }
+
+  bool IsAlive(Handle handle) const { return std::ranges::find(alive_, handle) != alive_.end(); }
+  Handle Oldest() const { return alive_.empty() ? nullptr : alive_.front(); }
+
+  void Add(Handle handle) {
+    KORVEL_FUZZ_REQUIRE(handle != nullptr && !IsAlive(handle));
+    alive_.push_back(handle);
+    constexpr size_t kMostAlive = 12;
+    if (alive_.size() > kMostAlive) DestroyOldest();
+  }
+
+  // Tells that a handle was destroyed.
+  void Bury(Handle handle) {
+    alive_.erase(std::ranges::find(alive_, handle));
+    dead_.push_back(handle);
+  }
+
+  // foreign is the handle of another kind of object.
+  Handle Take(FuzzInput& input, uintptr_t foreign) const {
+    const uint8_t kind = input.TakeByte() % 16;
+    if (kind == 0) return nullptr;
+    if (kind == 1) return reinterpret_cast<Handle>(input.Take<uintptr_t>());
+    if (kind == 2) return reinterpret_cast<Handle>(foreign);
+    const std::vector<Handle>& handles = kind == 3 ? dead_ : alive_;
+    return handles.empty() ? nullptr : handles[input.TakeBelow(handles.size())];
+  }
+
+ private:
+  void DestroyOldest() {
+    const Handle handle = alive_.front();
+    KORVEL_FUZZ_REQUIRE(destruct_(handle) == KORVEL_RETURN_CODE_Success);
+    Bury(handle);
+  }
+
+  KORVEL_RETURN_CODE (*destruct_)(Handle);
+  std::vector<Handle> alive_;
+  std::vector<Handle> dead_;
+};
+
+// ----------------------------------------------------------------------------------------------------------- world --
+
+// Files and their directory, for all inputs.
+class Place {
+ public:
+  Place() {
+    namespace fs = std::filesystem;
+    fs::create_directory(session_.PathOf("directory.raw"));
+    fs::create_symlink("a.bmp", session_.PathOf("link.bmp"));
+    fs::create_symlink("/dev/full", session_.PathOf("full.png"));
+    fs::create_symlink("/dev/zero", session_.PathOf("zero.raw"));
+    if (mkfifo(session_.PathOf("pipe.jpg").c_str(), 0600) != 0) throw std::runtime_error("can't make a pipe");
+  }
+
+  void RemoveWrittenFiles() const {
+    for (const char* name : kFiles) std::filesystem::remove(session_.PathOf(name));
+  }
+
+  std::string TakeFile(FuzzInput& input) const { return session_.PathOf(input.TakeOneOf(kFiles)); }
+
+  std::string TakePath(FuzzInput& input) const {
+    const uint8_t kind = input.TakeByte();
+    if (kind < 192) return session_.PathOf(kFiles[kind % std::size(kFiles)]);
+    switch (kind % 16) {
+      case 0:
+        return session_.PathOf("missing/a.raw");
+      case 1:
+        return session_.PathOf("directory.raw");
+      case 2:
+        return session_.PathOf("a.tif");
+      case 3:
+        return session_.PathOf("");
+      case 4:
+        return session_.PathOf(".raw");
+      case 5:
+        return session_.PathOf("full.png");
+      case 6:
+        return session_.PathOf("zero.raw");
+      case 7:
+        return session_.PathOf(std::string(300, 'x') + ".raw");
+      case 8:
+        return session_.PathOf(std::string("a.raw\0.raw", 10));
+      case 9:
+        return session_.PathOf("directory.raw/..");
+      case 10:
+        return session_.PathOf("link.bmp");
+      default:
+        return session_.PathOf("directory.raw/../a.raw");
+    }
+  }
+
+  // Opening a pipe for writing waits for its reader.
+  std::string TakePathToRead(FuzzInput& input) const {
+    return input.TakeByte() % 16 == 0 ? session_.PathOf("pipe.jpg") : TakePath(input);
+  }
+
+ private:
+  static constexpr const char* kFiles[] = {"a.raw", "a.bmp", "a.png", "a.jpg", "a.JPEG", "\xC3\xA4 \xFF.raw"};
+
+  Session session_{kLargestAllocation};
+};
+
+// Fails unless all properties of a new image agree, and its pixels can be read and have values.
+void CheckImage(KORVEL_IMAGE_HANDLE image) {
+  uint32_t format = 0;
+  size_t width = 0;
+  size_t height = 0;
+  size_t byteCount = 0;
+  size_t expected = 0;
+  uint8_t* data = nullptr;
+  KORVEL_FUZZ_REQUIRE(KORVEL_Image_GetPixelFormat(image, &format) == KORVEL_RETURN_CODE_Success);
+  KORVEL_FUZZ_REQUIRE(KORVEL_Image_GetWidth(image, &width) == KORVEL_RETURN_CODE_Success);
+  KORVEL_FUZZ_REQUIRE(KORVEL_Image_GetHeight(image, &height) == KORVEL_RETURN_CODE_Success);
+  KORVEL_FUZZ_REQUIRE(KORVEL_Image_GetByteCount(image, &byteCount) == KORVEL_RETURN_CODE_Success);
+  KORVEL_FUZZ_REQUIRE(KORVEL_Image_GetData(image, &data) == KORVEL_RETURN_CODE_Success);
+  KORVEL_FUZZ_REQUIRE(korvel_fuzz::IsPublic(format) || format == KORVEL_PIXEL_FORMAT_Invalid);
+  KORVEL_FUZZ_REQUIRE(KORVEL_PixelFormat_CalculateStorageSizeOfPixels(format, width * height, &expected) ==
+                      KORVEL_RETURN_CODE_Success);
+  KORVEL_FUZZ_REQUIRE(byteCount == expected);
+  KORVEL_FUZZ_REQUIRE(byteCount == 0 || data != nullptr);
+  const korvel_fuzz::ByteView pixels(data, byteCount);
+  KORVEL_FUZZ_REQUIRE(std::ranges::equal(std::vector<uint8_t>(pixels.begin(), pixels.end()), pixels));
+}
+
+// What one input has made.
+class World {
+ public:
+  explicit World(const Place& place) : place_(place) {
+    for (const uint32_t format : {KORVEL_PIXEL_FORMAT_BayerRG8, KORVEL_PIXEL_FORMAT_RGB8}) {
+      KORVEL_IMAGE_HANDLE image = nullptr;
+      KORVEL_FUZZ_REQUIRE(KORVEL_Image_Construct(format, 18, 16, &image) == KORVEL_RETURN_CODE_Success);
+      Adopt(image);
+    }
+    KORVEL_IMAGE_CONVERTER_HANDLE converter = nullptr;
+    KORVEL_FUZZ_REQUIRE(KORVEL_ImageConverter_Construct(&converter) == KORVEL_RETURN_CODE_Success);
+    Adopt(converter);
+  }
+  World(const World&) = delete;
+  World& operator=(const World&) = delete;
+  ~World() { place_.RemoveWrittenFiles(); }
+
+  template <class Handle>
+  Handle Take(FuzzInput& input) const {
+    return std::get<HandlePool<Handle>>(pools_).Take(input, ForeignTo<Handle>());
+  }
+
+  template <class Handle>
+  bool IsAlive(Handle handle) const {
+    return std::get<HandlePool<Handle>>(pools_).IsAlive(handle);
+  }
+
+  // Takes over the handle of a new object.
+  template <class Handle>
+  void Adopt(Handle handle) {
+    if constexpr (std::is_same_v<Handle, KORVEL_IMAGE_HANDLE>) CheckImage(handle);
+    std::get<HandlePool<Handle>>(pools_).Add(handle);
+  }
+
+  template <class Handle>
+  void Bury(Handle handle) {
+    std::get<HandlePool<Handle>>(pools_).Bury(handle);
+  }
+
+  // Memory of the caller, which stays until all handles are gone.
+  uint8_t* Allocate(size_t byteCount) { return memory_.emplace_back(new uint8_t[byteCount]()).get(); }
+
+  const Place& Files() const { return place_; }
+
+  // Calls a function. The failures of its checks come in the order of handles, pointers, values; a success leaves the
+  // last failure alone.
+  template <class Function>
+  bool Call(bool handlesAlive, bool pointersGiven, Function&& function) {
+    MarkLastFailure();
+    const KORVEL_RETURN_CODE code = function();
+    if (code == KORVEL_RETURN_CODE_Success) {
+      KORVEL_FUZZ_REQUIRE(handlesAlive && pointersGiven);
+      KORVEL_FUZZ_REQUIRE(IsLastFailureMarked());
+      return true;
+    }
+    RequireFailure(code);
+    KORVEL_FUZZ_REQUIRE((code == KORVEL_RETURN_CODE_InvalidHandle) == !handlesAlive);
+    KORVEL_FUZZ_REQUIRE(!handlesAlive || pointersGiven || code == KORVEL_RETURN_CODE_InvalidArgument);
+    return false;
+  }
+
+  // The same with a result, which a failure leaves alone.
+  template <class Value, class Function>
+  bool CallFor(Result<Value>& result, bool handlesAlive, bool otherPointersGiven, Function&& function) {
+    const bool succeeded =
+        Call(handlesAlive, otherPointersGiven && result.IsGiven(), [&] { return function(result.Pointer()); });
+    KORVEL_FUZZ_REQUIRE(succeeded || result.IsUntouched());
+    return succeeded;
+  }
+
+  // The same with the handle of a new object for a result.
+  template <class Handle, class Function>
+  void CallForNew(FuzzInput& input, bool handlesAlive, bool otherPointersGiven, Function&& function) {
+    Result<Handle> result(input, nullptr);
+    if (CallFor(result, handlesAlive, otherPointersGiven, function)) Adopt(result.Get());
+  }
+
+ private:
+  // A living handle of another kind.
+  template <class Handle>
+  uintptr_t ForeignTo() const {
+    uintptr_t foreign = 0;
+    const auto look = [&](const auto& pool) {
+      if constexpr (!std::is_same_v<decltype(pool), const HandlePool<Handle>&>) {
+        if (foreign == 0) foreign = reinterpret_cast<uintptr_t>(pool.Oldest());
+      }
+    };
+    std::apply([&](const auto&... pool) { (look(pool), ...); }, pools_);
+    return foreign;
+  }
+
+  static void MarkLastFailure() {
+    KORVEL_FUZZ_REQUIRE(KORVEL_Library_GetVersionMajor(nullptr) == KORVEL_RETURN_CODE_InvalidArgument);
+  }
+
+  static bool IsLastFailureMarked() {
+    uint32_t code = 0;
+    char text[64];
+    size_t size = sizeof text;
+    return KORVEL_Library_GetLastError(&code, text, &size) == KORVEL_RETURN_CODE_Success &&
+           code == KORVEL_RETURN_CODE_InvalidArgument &&
+           std::strcmp(text, "libraryVersionMajor is not a valid pointer!") == 0;
+  }
+
+  const Place& place_;
+  std::vector<std::unique_ptr<uint8_t[]>> memory_;  // outlives the images over it
+  std::tuple<HandlePool<KORVEL_IMAGE_HANDLE>, HandlePool<KORVEL_IMAGE_CONVERTER_HANDLE>> pools_{
+      KORVEL_Image_Destruct,
+      KORVEL_ImageConverter_Destruct,
+  };
+};
+
+// Memory for an image of a format and size: mostly what it needs, else a little less or more, or anything, or none;
+// never much above the bound, beyond which no image can be made of it anyway.
+struct CallersMemory {
+  CallersMemory(World& world, FuzzInput& input, uint32_t format, size_t width, size_t height) {
+    size_t needed = 0;
+    if (KORVEL_PixelFormat_CalculateStorageSizeOfPixels(format, width * height, &needed) !=
+        KORVEL_RETURN_CODE_Success) {
+      needed = 0;
+    }
+    const uint8_t kind = input.TakeByte() % 16;
+    byteCount = std::min(needed, kLargestAllocation);
+    if (kind == 0 && byteCount > 0) --byteCount;
+    if (kind == 1) ++byteCount;
+    if (kind == 2) byteCount = input.TakeByte();
+    data = kind == 3 ? nullptr : world.Allocate(byteCount);
+  }
+
+  uint8_t* data;
+  size_t byteCount;
+};
+
+size_t PropertyOf(KORVEL_RETURN_CODE (*function)(KORVEL_IMAGE_HANDLE, size_t*), KORVEL_IMAGE_HANDLE image) {
+  size_t value = 0;
+  KORVEL_FUZZ_REQUIRE(function(image, &value) == KORVEL_RETURN_CODE_Success);
+  return value;
+}
+
+// ------------------------------------------------------------------------------------------------------ operations --
+
+constexpr uint8_t kUnwrittenByte = 0xA5;
+
+template <class Value>
+Value Unwritten() {
+  Value value;
+  std::memset(&value, kUnwrittenByte, sizeof value);
+  return value;
+}
+
+// Functions of one result.
+void Run(World& world, FuzzInput& input, KORVEL_RETURN_CODE (*function)(uint32_t*)) {
+  Result result(input, Unwritten<uint32_t>());
+  const bool succeeded = world.CallFor(result, true, true, function);
+  KORVEL_FUZZ_REQUIRE(succeeded == result.IsGiven());
+}
+
+// Properties of formats.
+template <class Value>
+void Run(World& world, FuzzInput& input, KORVEL_RETURN_CODE (*function)(uint32_t, Value*)) {
+  const uint32_t format = TakeFormat(input);
+  Result result(input, Unwritten<Value>());
+  const bool succeeded = world.CallFor(result, true, true, [&](Value* value) { return function(format, value); });
+  KORVEL_FUZZ_REQUIRE(!result.IsGiven() || succeeded == (korvel_test::FindFormat(format) != nullptr));
+}
+
+// Properties of objects.
+template <class Object, class Value>
+void Run(World& world, FuzzInput& input, KORVEL_RETURN_CODE (*function)(Object*, Value*)) {
+  Object* const object = world.Take<Object*>(input);
+  const bool isAlive = world.IsAlive(object);
+  Result result(input, Unwritten<Value>());
+  const bool succeeded = world.CallFor(result, isAlive, true, [&](Value* value) { return function(object, value); });
+  KORVEL_FUZZ_REQUIRE(succeeded == (isAlive && result.IsGiven()));
+}
+
+// Objects made of nothing.
+template <class Object>
+void Run(World& world, FuzzInput& input, KORVEL_RETURN_CODE (*function)(Object**)) {
+  world.CallForNew<Object*>(input, true, true, function);
+}
+
+// Images made of another object.
+template <class Object>
+void Run(World& world, FuzzInput& input, KORVEL_RETURN_CODE (*function)(Object*, KORVEL_IMAGE_HANDLE*)) {
+  Object* const object = world.Take<Object*>(input);
+  world.CallForNew<KORVEL_IMAGE_HANDLE>(input, world.IsAlive(object), true,
+                                        [&](auto* handle) { return function(object, handle); });
+}
+
+// The end of an object.
+template <class Object>
+void Run(World& world, FuzzInput& input, KORVEL_RETURN_CODE (*function)(Object*)) {
+  Object* const object = world.Take<Object*>(input);
+  const bool isAlive = world.IsAlive(object);
+  const bool succeeded = world.Call(isAlive, true, [&] { return function(object); });
+  KORVEL_FUZZ_REQUIRE(succeeded == isAlive);
+  if (succeeded) world.Bury(object);
+}
+
+// A path as functions take it; seldom null or empty.
+struct PathArgument {
+  PathArgument(FuzzInput& input, const std::string& path) {
+    const uint8_t kind = input.TakeByte() % 32;
+    bytes = kind == 0 ? nullptr : path.data();
+    size = kind == 1 ? 0 : path.size();
+  }
+
+  const char* bytes;
+  size_t size;
+};
+
+// Writers without and with a quality.
+template <class Function>
+void Write(World& world, FuzzInput& input, Function&& write) {
+  KORVEL_IMAGE_HANDLE const image = world.Take<KORVEL_IMAGE_HANDLE>(input);
+  const std::string path = world.Files().TakePath(input);
+  const PathArgument argument(input, path);
+  world.Call(world.IsAlive(image), argument.bytes != nullptr,
+             [&] { return write(image, argument.bytes, argument.size); });
+}
+
+void Run(World& world, FuzzInput& input, KORVEL_RETURN_CODE (*function)(KORVEL_IMAGE_HANDLE, const char*, size_t)) {
+  Write(world, input, function);
+}
+
+void Run(World& world, FuzzInput& input,
+         KORVEL_RETURN_CODE (*function)(KORVEL_IMAGE_HANDLE, uint32_t, const char*, size_t)) {
+  const uint32_t quality = input.TakeByte() % 8 == 0 ? input.Take<uint32_t>() : input.TakeByte() % 128;
+  Write(world, input,
+        [&](KORVEL_IMAGE_HANDLE image, const char* path, size_t size) { return function(image, quality, path, size); });
+}
+
+template <auto function>
+void Call(World& world, FuzzInput& input) {
+  Run(world, input, function);
+}
+
+void GetLastError(World& world, FuzzInput& input) {
+  Result code(input, Unwritten<uint32_t>());
+  const size_t room = TakeSize(input) % 128;
+  Result size(input, room);
+  const bool hasText = input.TakeByte() % 4 != 0;
+  std::vector<char> text(room + 1, static_cast<char>(kUnwrittenByte));
+  KORVEL_RETURN_CODE returned = 0;
+  const bool succeeded = world.Call(true, code.IsGiven() && size.IsGiven(), [&] {
+    returned = KORVEL_Library_GetLastError(code.Pointer(), hasText ? text.data() : nullptr, size.Pointer());
+    return returned;
+  });
+  KORVEL_FUZZ_REQUIRE(static_cast<uint8_t>(text[room]) == kUnwrittenByte);
+  if (succeeded && hasText) KORVEL_FUZZ_REQUIRE(size.Get() <= room && text[size.Get() - 1] == '\0');
+  if (!succeeded && code.IsGiven() && size.IsGiven()) KORVEL_FUZZ_REQUIRE(returned == KORVEL_RETURN_CODE_BufferToSmall);
+}
+
+void CalculateStorageSizeOfPixels(World& world, FuzzInput& input) {
+  const uint32_t format = TakeFormat(input);
+  const size_t pixels = TakeSize(input);
+  Result size(input, Unwritten<size_t>());
+  const bool succeeded = world.CallFor(size, true, true, [&](size_t* value) {
+    return KORVEL_PixelFormat_CalculateStorageSizeOfPixels(format, pixels, value);
+  });
+  const korvel_test::FormatRow* const row = korvel_test::FindFormat(format);
+  KORVEL_FUZZ_REQUIRE(!size.IsGiven() || succeeded == (row != nullptr));
+  if (succeeded) KORVEL_FUZZ_REQUIRE(size.Get() == korvel_test::BytesOfRun(row->runBytes, pixels));
+}
+
+void ConstructImage(World& world, FuzzInput& input) {
+  const uint32_t format = TakeFormat(input);
+  const size_t width = TakeSize(input);
+  const size_t height = TakeSize(input);
+  world.CallForNew<KORVEL_IMAGE_HANDLE>(
+      input, true, true, [&](auto* handle) { return KORVEL_Image_Construct(format, width, height, handle); });
+}
+
+void ConstructImageFromBuffer(World& world, FuzzInput& input) {
+  const uint32_t format = TakeFormat(input);
+  const size_t width = TakeSize(input);
+  const size_t height = TakeSize(input);
+  const CallersMemory memory(world, input, format, width, height);
+  for (size_t i = 0; memory.data != nullptr && i < memory.byteCount && !input.IsEmpty() && i < 64; ++i) {
+    memory.data[i] = input.TakeByte();
+  }
+  world.CallForNew<KORVEL_IMAGE_HANDLE>(input, true, memory.data != nullptr, [&](auto* handle) {
+    return KORVEL_Image_ConstructFromBuffer(format, memory.data, memory.byteCount, width, height, handle);
+  });
+}
+
+void GetPixelPointer(World& world, FuzzInput& input) {
+  const KORVEL_IMAGE_HANDLE image = world.Take<KORVEL_IMAGE_HANDLE>(input);
+  const size_t x = TakeSize(input);
+  const size_t y = TakeSize(input);
+  Result pixel(input, Unwritten<uint8_t*>());
+  const bool isAlive = world.IsAlive(image);
+  const bool succeeded = world.CallFor(
+      pixel, isAlive, true, [&](uint8_t** value) { return KORVEL_Image_GetPixelPointer(image, x, y, value); });
+  if (!isAlive || !pixel.IsGiven()) return;
+  const bool isInside = x < PropertyOf(KORVEL_Image_GetWidth, image) && y < PropertyOf(KORVEL_Image_GetHeight, image);
+  KORVEL_FUZZ_REQUIRE(succeeded == isInside);
+}
+
+void ConvertImage(World& world, FuzzInput& input) {
+  const KORVEL_IMAGE_HANDLE image = world.Take<KORVEL_IMAGE_HANDLE>(input);
+  const uint32_t format = TakeFormat(input);
+  const uint32_t mode = input.TakeByte();
+  world.CallForNew<KORVEL_IMAGE_HANDLE>(input, world.IsAlive(image), true, [&](auto* handle) {
+    return KORVEL_Image_ConvertTo(image, format, mode, handle);
+  });
+}
+
+CallersMemory MemoryForResult(World& world, FuzzInput& input, uint32_t format, KORVEL_IMAGE_HANDLE image) {
+  const bool isAlive = world.IsAlive(image);
+  return {world, input, format, isAlive ? PropertyOf(KORVEL_Image_GetWidth, image) : 4,
+          isAlive ? PropertyOf(KORVEL_Image_GetHeight, image) : 4};
+}
+
+void ConvertImageToBuffer(World& world, FuzzInput& input) {
+  const KORVEL_IMAGE_HANDLE image = world.Take<KORVEL_IMAGE_HANDLE>(input);
+  const uint32_t format = TakeFormat(input);
+  const uint32_t mode = input.TakeByte();
+  const CallersMemory memory = MemoryForResult(world, input, format, image);
+  world.CallForNew<KORVEL_IMAGE_HANDLE>(input, world.IsAlive(image), memory.data != nullptr, [&](auto* handle) {
+    return KORVEL_Image_ConvertToBuffer(image, format, memory.data, memory.byteCount, mode, handle);
+  });
+}
+
+void PreAllocateConversion(World& world, FuzzInput& input) {
+  const KORVEL_IMAGE_CONVERTER_HANDLE converter = world.Take<KORVEL_IMAGE_CONVERTER_HANDLE>(input);
+  const uint32_t from = TakeFormat(input);
+  const uint32_t to = TakeFormat(input);
+  const size_t width = TakeSize(input);
+  const size_t height = TakeSize(input);
+  const size_t count = TakeSize(input);
+  world.Call(world.IsAlive(converter), true,
+             [&] { return KORVEL_ImageConverter_PreAllocateConversion(converter, from, to, width, height, count); });
+}
+
+void SetConversionMode(World& world, FuzzInput& input) {
+  const KORVEL_IMAGE_CONVERTER_HANDLE converter = world.Take<KORVEL_IMAGE_CONVERTER_HANDLE>(input);
+  const uint32_t mode = input.TakeByte() % 8 == 0 ? input.Take<uint32_t>() : input.TakeByte() % 4;
+  const bool isAlive = world.IsAlive(converter);
+  const bool succeeded =
+      world.Call(isAlive, true, [&] { return KORVEL_ImageConverter_SetConversionMode(converter, mode); });
+  KORVEL_FUZZ_REQUIRE(succeeded == isAlive);
+}
+
+void GetSupportedOutputPixelFormats(World& world, FuzzInput& input) {
+  const KORVEL_IMAGE_CONVERTER_HANDLE converter = world.Take<KORVEL_IMAGE_CONVERTER_HANDLE>(input);
+  const uint32_t format = TakeFormat(input);
+  const size_t room = input.TakeByte() % 32u;
+  Result size(input, room);
+  const bool hasArray = input.TakeByte() % 4 != 0;
+  std::vector<uint32_t> formats(room + 1, Unwritten<uint32_t>());
+  const bool succeeded = world.CallFor(size, world.IsAlive(converter), true, [&](size_t* value) {
+    return KORVEL_ImageConverter_GetSupportedOutputPixelFormats(converter, format, hasArray ? formats.data() : nullptr,
+                                                                value);
+  });
+  KORVEL_FUZZ_REQUIRE(formats[room] == Unwritten<uint32_t>());
+  if (!succeeded || !hasArray) return;
+  KORVEL_FUZZ_REQUIRE(size.Get() <= room);
+  for (size_t i = 0; i < size.Get(); ++i) KORVEL_FUZZ_REQUIRE(korvel_test::FindFormat(formats[i]) != nullptr);
+}
+
+void Convert(World& world, FuzzInput& input) {
+  const KORVEL_IMAGE_CONVERTER_HANDLE converter = world.Take<KORVEL_IMAGE_CONVERTER_HANDLE>(input);
+  const KORVEL_IMAGE_HANDLE image = world.Take<KORVEL_IMAGE_HANDLE>(input);
+  const uint32_t format = TakeFormat(input);
+  world.CallForNew<KORVEL_IMAGE_HANDLE>(
+      input, world.IsAlive(converter) && world.IsAlive(image), true,
+      [&](auto* handle) { return KORVEL_ImageConverter_Convert(converter, image, format, handle); });
+}
+
+void ConvertToBuffer(World& world, FuzzInput& input) {
+  const KORVEL_IMAGE_CONVERTER_HANDLE converter = world.Take<KORVEL_IMAGE_CONVERTER_HANDLE>(input);
+  const KORVEL_IMAGE_HANDLE image = world.Take<KORVEL_IMAGE_HANDLE>(input);
+  const uint32_t format = TakeFormat(input);
+  const CallersMemory memory = MemoryForResult(world, input, format, image);
+  world.CallForNew<KORVEL_IMAGE_HANDLE>(
+      input, world.IsAlive(converter) && world.IsAlive(image), memory.data != nullptr, [&](auto* handle) {
+        return KORVEL_ImageConverter_ConvertToBuffer(converter, image, format, memory.data, memory.byteCount, handle);
+      });
+}
+
+// Not a call, but something to read.
+void PutFile(World& world, FuzzInput& input) {
+  std::vector<uint8_t> content(input.TakeByte());
+  std::ranges::generate(content, [&] { return input.TakeByte(); });
+  ScratchFile(world.Files().TakeFile(input)).Rewrite(content);
+}
+
+void ReadFile(World& world, FuzzInput& input) {
+  const std::string path = world.Files().TakePathToRead(input);
+  const PathArgument argument(input, path);
+  world.CallForNew<KORVEL_IMAGE_HANDLE>(input, true, argument.bytes != nullptr, [&](auto* handle) {
+    return KORVEL_ImageReader_Read(argument.bytes, argument.size, handle);
+  });
+}
+
+void ReadFileAsPixelFormat(World& world, FuzzInput& input) {
+  const std::string path = world.Files().TakePathToRead(input);
+  const PathArgument argument(input, path);
+  const uint32_t format = TakeFormat(input);
+  world.CallForNew<KORVEL_IMAGE_HANDLE>(input, true, argument.bytes != nullptr, [&](auto* handle) {
+    return KORVEL_ImageReaderRead_ReadAsPixelFormat(argument.bytes, argument.size, format, handle);
+  });
+}
+
+constexpr void (*kOperations[])(World&, FuzzInput&) = {
+    Call<KORVEL_Library_GetVersionMajor>,
+    Call<KORVEL_Library_GetVersionMinor>,
+    Call<KORVEL_Library_GetVersionSubminor>,
+    GetLastError,
+
+    Call<KORVEL_PixelFormat_GetNumChannels>,
+    Call<KORVEL_PixelFormat_GetNumSignificantBitsPerChannel>,
+    Call<KORVEL_PixelFormat_GetNumStorageBitsPerChannel>,
+    Call<KORVEL_PixelFormat_GetMaximumValuePerChannel>,
+    Call<KORVEL_PixelFormat_GetNumSignificantBitsPerPixel>,
+    Call<KORVEL_PixelFormat_GetNumStorageBitsPerPixel>,
+    Call<KORVEL_PixelFormat_GetEndianness>,
+    CalculateStorageSizeOfPixels,
+
+    ConstructImage,
+    ConstructImageFromBuffer,
+    Call<KORVEL_Image_GetWidth>,
+    Call<KORVEL_Image_GetHeight>,
+    Call<KORVEL_Image_GetByteCount>,
+    Call<KORVEL_Image_GetPixelFormat>,
+    Call<KORVEL_Image_GetData>,
+    GetPixelPointer,
+    Call<KORVEL_Image_Clone>,
+    ConvertImage,
+    ConvertImageToBuffer,
+    Call<KORVEL_Image_Destruct>,
+
+    Call<KORVEL_ImageConverter_Construct>,
+    PreAllocateConversion,
+    Call<KORVEL_ImageConverter_GetConversionMode>,
+    SetConversionMode,
+    GetSupportedOutputPixelFormats,
+    Convert,
+    ConvertToBuffer,
+    Call<KORVEL_ImageConverter_Destruct>,
+
+    Call<KORVEL_ImageWriter_WriteAsRAW>,
+    Call<KORVEL_ImageWriter_WriteAsBMP>,
+    Call<KORVEL_ImageWriter_WriteAsPNG>,
+    Call<KORVEL_ImageWriter_WriteAsJPG>,
+    Call<KORVEL_ImageWriter_Write>,
+    PutFile,
+    ReadFile,
+    ReadFileAsPixelFormat,
+};
+
+}  // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
+  static const Place place;
+  const korvel_fuzz::DescriptorCheck descriptors;
+  FuzzInput input(data, size);
+  World world(place);
+  for (size_t i = 0; i < kMostCalls && !input.IsEmpty(); ++i) {
+    kOperations[input.TakeByte() % std::size(kOperations)](world, input);
+  }
+  return 0;
+}
