@@ -1,4 +1,4 @@
-// korvel convert: a headerless camera dump becomes a PNG file.
+// korvel convert: images from one file type or pixel format to another.
 #pragma once
 
 #include <CLI/CLI.hpp>

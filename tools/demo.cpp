@@ -7,7 +7,6 @@
 #include <cstdio>
 #include <exception>
 #include <filesystem>
-#include <fstream>
 #include <iostream>
 #include <string>
 #include <system_error>
@@ -16,6 +15,8 @@
 #include "handles.h"
 #include "korvel/korvel.h"
 #include "library_error.h"
+#include "packing.h"
+#include "pixel_file.h"
 #include "scene.h"
 #include "sensor.h"
 #include "tool_error.h"
@@ -44,7 +45,7 @@ constexpr Mode kModes[] = {
 
 std::vector<uint8_t> MakeFrame() {
   const Sensor sensor;
-  return PackBitStream(ExposeMosaic(Scene(kWidth, kHeight), MosaicPhase::kRG, sensor), sensor.bits);
+  return PackBitStream(Expose(MosaicLight(Scene(kWidth, kHeight), MosaicPhase::kRG), sensor), sensor.bits);
 }
 
 // One mode's frame loop with all that it keeps from frame to frame.
@@ -103,15 +104,6 @@ class FrameLoop {
   Image picture_;
 };
 
-void WriteBytes(const std::filesystem::path& path, const std::vector<uint8_t>& bytes) {
-  std::ofstream file(path, std::ios::binary);
-  file.write(reinterpret_cast<const char*>(bytes.data()), static_cast<std::streamsize>(bytes.size()));
-  if (!file.flush()) {
-    throw ToolError("cannot write '" + path.string() + "'",
-                    "Check the space and the permissions of the output folder.");
-  }
-}
-
 void Run(const std::filesystem::path& folder, double seconds) {
   std::error_code error;
   std::filesystem::create_directories(folder, error);
@@ -122,7 +114,7 @@ void Run(const std::filesystem::path& folder, double seconds) {
 
   std::vector<uint8_t> frame = MakeFrame();
   const std::filesystem::path frame_path = folder / "frame_BayerRG12p_1920x1080.bin";
-  WriteBytes(frame_path, frame);
+  WritePixelFile(frame_path.string(), frame.data(), frame.size());
   std::cout << "A test frame of " << kWidth << " x " << kHeight << " pixels in BayerRG12p, converted to BGRa8\n\n";
 
   std::vector<std::string> written{frame_path.string()};

@@ -14,8 +14,20 @@
 namespace korvel::tools {
 namespace {
 
-#define NAMED_FORMAT(name, id) NamedFormat{#name, id},
-constexpr NamedFormat kFormats[] = {KORVEL_PIXEL_FORMATS(NAMED_FORMAT)};
+// The header's words for a family, which tell some layouts as well.
+constexpr PixelFamily kMono = PixelFamily::kMono, kMonoPacked = kMono;
+constexpr PixelFamily kBayerGR = PixelFamily::kBayerGR, kBayerGRPacked = kBayerGR;
+constexpr PixelFamily kBayerRG = PixelFamily::kBayerRG, kBayerRGPacked = kBayerRG;
+constexpr PixelFamily kBayerGB = PixelFamily::kBayerGB, kBayerGBPacked = kBayerGB;
+constexpr PixelFamily kBayerBG = PixelFamily::kBayerBG, kBayerBGPacked = kBayerBG;
+constexpr PixelFamily kRGB = PixelFamily::kRGB, kRGB10p32 = kRGB;
+constexpr PixelFamily kBGR = PixelFamily::kBGR, kBGR10p32 = kBGR;
+constexpr PixelFamily kRGBa = PixelFamily::kRGBa;
+constexpr PixelFamily kBGRa = PixelFamily::kBGRa;
+
+#define NAMED_FORMAT(x, name, id, pixel_class, layout, bits) \
+  NamedFormat{#name, id, k##pixel_class, PixelLayout::k##layout, bits},
+constexpr NamedFormat kFormats[] = {KORVEL_PIXEL_FORMAT_TABLE(NAMED_FORMAT, )};
 #undef NAMED_FORMAT
 
 std::string LowerCase(std::string_view text) {
@@ -91,6 +103,20 @@ NamedFormat FindFormat(std::string_view name, std::string_view option) {
   throw ToolError(problem, Suggestion(name));
 }
 
+NamedFormat FormatOfId(uint32_t id) {
+  for (const NamedFormat& format : kFormats) {
+    if (format.id == id) return format;
+  }
+  throw ToolError("there is no pixel format " + HexadecimalId(id),
+                  "The korvel command and the library are of different versions; install both anew.");
+}
+
+NamedFormat UnpackedFormat(PixelFamily family, unsigned bits) {
+  return *std::find_if(std::begin(kFormats), std::end(kFormats), [&](const NamedFormat& format) {
+    return format.family == family && format.layout == PixelLayout::kUnpacked && format.bits == bits;
+  });
+}
+
 std::string NameOfFormat(uint32_t id) {
   for (const NamedFormat& format : kFormats) {
     if (format.id == id) return std::string(format.name);
@@ -104,6 +130,9 @@ std::string HexadecimalId(uint32_t id) {
   return text.data();
 }
 
-bool IsMono(const NamedFormat& format) { return format.name.substr(0, 4) == "Mono"; }
+bool IsBayer(const NamedFormat& format) {
+  return format.family == kBayerGR || format.family == kBayerRG || format.family == kBayerGB ||
+         format.family == kBayerBG;
+}
 
 }  // namespace korvel::tools

@@ -1,4 +1,4 @@
-// Names and ids of the pixel formats, as the exported header lists them.
+// The pixel formats by name and by id, and what the exported header's list tells of each.
 #pragma once
 
 #include <cstdint>
@@ -8,9 +8,18 @@
 
 namespace korvel::tools {
 
+// What the channels of a format mean, whatever their depth and packing.
+enum class PixelFamily { kMono, kBayerGR, kBayerRG, kBayerGB, kBayerBG, kRGB, kBGR, kRGBa, kBGRa };
+
+// How channels lie in memory; KORVEL_PIXEL_FORMAT_TABLE tells what each word means.
+enum class PixelLayout { kUnpacked, kNoAlignment, kMipi, kWord32 };
+
 struct NamedFormat {
   std::string_view name;
   uint32_t id;
+  PixelFamily family;
+  PixelLayout layout;
+  unsigned bits;  // significant ones of each channel
 };
 
 // All public formats, in order of their ids.
@@ -20,13 +29,18 @@ std::span<const NamedFormat> AllFormats();
 // none; option is the command-line option that gave the name.
 NamedFormat FindFormat(std::string_view name, std::string_view option);
 
+// The format with this id. Throws ToolError where the header has no such format, as a library of another version may.
+NamedFormat FormatOfId(uint32_t id);
+
+// The format of this family and depth whose channels each take whole bytes.
+NamedFormat UnpackedFormat(PixelFamily family, unsigned bits);
+
 // The name of a format; its number in hexadecimal where the header has no such format.
 std::string NameOfFormat(uint32_t id);
 
 // 0x and eight digits.
 std::string HexadecimalId(uint32_t id);
 
-// Tells grey formats from Bayer and colour ones.
-bool IsMono(const NamedFormat& format);
+bool IsBayer(const NamedFormat& format);
 
 }  // namespace korvel::tools

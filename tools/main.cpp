@@ -9,6 +9,8 @@
 
 #include "command_convert.h"
 #include "command_formats.h"
+#include "command_info.h"
+#include "command_simulate.h"
 #include "korvel/korvel.h"
 #include "library_error.h"
 #include "tool_error.h"
@@ -31,16 +33,20 @@ std::string LibraryVersion() {
 }
 
 int Run(int argc, char** argv) {
-  CLI::App app("Looks at camera frames with libkorvel.", "korvel");
+  CLI::App app("Looks at camera frames and image files with libkorvel.", "korvel");
   app.require_subcommand(0, 1);  // that one is needed is tested below, so that a mistyped one is told by its name
   app.set_version_flag("--version", LibraryVersion);
   app.footer(
       "Examples:\n"
       "  korvel formats\n"
-      "  korvel convert frame.raw frame.png --format BayerRG12p --size 2592x1536\n"
+      "  korvel info picture.png\n"
+      "  korvel convert frame.bin frame.png --format BayerRG12p --size 2592x1536\n"
+      "  korvel simulate scene.png --format RGB8 --size 1920x1080\n"
       "'korvel COMMAND --help' tells more.");
   AddFormatsCommand(app);
+  AddInfoCommand(app);
   AddConvertCommand(app);
+  AddSimulateCommand(app);
 
   try {
     app.parse(argc, argv);
@@ -63,7 +69,7 @@ int main(int argc, char** argv) {
   try {
     return korvel::tools::Run(argc, argv);
   } catch (const korvel::tools::ToolError& error) {
-    std::cerr << "korvel: " << error.what() << "\n  " << error.Advice() << "\n";
+    korvel::tools::PrintError(error);
   } catch (const std::bad_alloc&) {
     std::cerr << "korvel: not enough memory\n  Check --size, or use a machine with more memory.\n";
   } catch (const std::exception& error) {

@@ -8,6 +8,7 @@
 #include <cerrno>
 #include <new>
 #include <system_error>
+#include <utility>
 #include <vector>
 
 #include "tool_error.h"
@@ -17,7 +18,7 @@ namespace {
 
 class Descriptor {
  public:
-  explicit Descriptor(const std::string& path) : value_(::open(path.c_str(), O_RDONLY | O_CLOEXEC)) {}
+  Descriptor(const std::string& path, int flags) : value_(::open(path.c_str(), flags | O_CLOEXEC, 0666)) {}
   Descriptor(const Descriptor&) = delete;
   Descriptor& operator=(const Descriptor&) = delete;
   ~Descriptor() {
@@ -25,6 +26,9 @@ class Descriptor {
   }
 
   int Get() const noexcept { return value_; }
+
+  // Some file systems tell only here that a file could not be written. Returns whether all went well.
+  bool Close() noexcept { return ::close(std::exchange(value_, -1)) == 0; }
 
  private:
   int value_;
@@ -34,9 +38,10 @@ ToolError SystemError(const std::string& doing, const std::string& path, const s
   return {"cannot " + doing + " '" + path + "': " + std::generic_category().message(errno), advice};
 }
 
+constexpr size_t kMostAtOnce = size_t{1} << 30;  // a single call of the system takes no more than 2 GiB
+
 // Reads until count bytes are there or the file ends; returns how many it read.
 size_t ReadUpTo(const Descriptor& file, uint8_t* bytes, size_t count, const std::string& path) {
-  constexpr size_t kMostAtOnce = size_t{1} << 30;  // a single read takes no more than 2 GiB
   size_t done = 0;
   while (done < count) {
     const ssize_t got = ::read(file.Get(), bytes + done, std::min(count - done, kMostAtOnce));
@@ -75,7 +80,7 @@ ToolError TooShort(const PixelFileRequest& request, uint64_t found) {
 }  // namespace
 
 PixelFile ReadPixelFile(const PixelFileRequest& request) {
-  const Descriptor file(request.path);
+  const Descriptor file(request.path, O_RDONLY);
   if (file.Get() < 0) throw SystemError("open", request.path, "Check the path and the permissions of the file.");
 
   struct stat status {};
@@ -105,6 +110,19 @@ PixelFile ReadPixelFile(const PixelFileRequest& request) {
   if (found - std::min(found, request.skip) < request.byte_count) throw TooShort(request, found);
   if (has_size && file_size > found) result.bytes_left = file_size - found;
   return result;
+}
+
+void WritePixelFile(const std::string& path, const uint8_t* bytes, size_t count) {
+  const std::string advice = "Check the folder, its permissions and the space there.";
+  Descriptor file(path, O_WRONLY | O_CREAT | O_TRUNC);
+  if (file.Get() < 0) throw SystemError("open", path, advice);
+  size_t done = 0;
+  while (done < count) {
+    const ssize_t written = ::write(file.Get(), bytes + done, std::min(count - done, kMostAtOnce));
+    if (written < 0 && errno != EINTR) throw SystemError("write", path, advice);
+    if (written > 0) done += static_cast<size_t>(written);
+  }
+  if (!file.Close()) throw SystemError("write", path, advice);
 }
 
 }  // namespace korvel::tools

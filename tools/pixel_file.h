@@ -1,4 +1,4 @@
-// Reads the pixels of a headerless camera dump.
+// Files of bare pixels, as cameras and their programs dump them.
 #pragma once
 
 #include <cstddef>
@@ -23,5 +23,8 @@ struct PixelFile {
 // Reads exactly byte_count bytes behind the first skip ones. Regular files, pipes and devices serve. Throws ToolError
 // with the bytes that were expected and found.
 PixelFile ReadPixelFile(const PixelFileRequest& request);
+
+// Writes count bytes, and nothing else, to a file, in place of one that is there. Throws ToolError.
+void WritePixelFile(const std::string& path, const uint8_t* bytes, size_t count);
 
 }  // namespace korvel::tools

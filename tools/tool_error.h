@@ -1,6 +1,7 @@
 // A failure as the user of a command sees it: what was wrong, and what to do about it.
 #pragma once
 
+#include <iostream>
 #include <stdexcept>
 #include <string>
 #include <utility>
@@ -16,5 +17,10 @@ class ToolError : public std::runtime_error {
  private:
   std::string advice_;
 };
+
+// On the standard error stream, as all commands do.
+inline void PrintError(const ToolError& error) {
+  std::cerr << "korvel: " << error.what() << "\n  " << error.Advice() << "\n";
+}
 
 }  // namespace korvel::tools

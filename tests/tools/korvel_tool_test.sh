@@ -2,71 +2,8 @@
 # Tests the korvel command by its output, files and exit codes. Argument: path of the command.
 set -euo pipefail
 
-tool=$(realpath "$1")
-folder=$(mktemp -d)
-trap 'rm -rf "$folder"' EXIT
-cd "$folder"
-readonly tool folder
-
-# The examples of the help call the command by its name.
-mkdir bin
-ln -s "$tool" bin/korvel
-PATH=$folder/bin:$PATH
-
-checks=0
-failures=0
-
-check() {  # check DESCRIPTION COMMAND...
-  local description=$1
-  shift
-  checks=$((checks + 1))
-  if ! "$@"; then
-    failures=$((failures + 1))
-    echo "FAILED: $description"
-    sed 's/^/  out: /' out 2>/dev/null | head -n 20
-    sed 's/^/  err: /' err 2>/dev/null | head -n 20
-  fi
-}
-
-# Runs the command; leaves its exit code in $code and its output in the files out and err.
-run() {
-  code=0
-  korvel "$@" >out 2>err </dev/null || code=$?
-}
-
-succeeds() {  # succeeds ARGUMENT...
-  run "$@"
-  check "korvel $* exits with 0" [ "$code" -eq 0 ]
-  check "korvel $* prints no error" [ ! -s err ]
-}
-
-fails() {  # fails CODE TEXT ARGUMENT...
-  local expected=$1 text=$2
-  shift 2
-  run "$@"
-  check "korvel $* exits with $expected, not $code" [ "$code" -eq "$expected" ]
-  check "korvel $* prints: $text" grep -qF -- "$text" err
-  check "korvel $* prints nothing else" [ ! -s out ]
-}
-
-# 8-bit samples that are neither constant nor regular, the same each time.
-samples() {  # samples COUNT
-  head -c "$1" <(seq 100000 999999)
-}
-
-bytes_of() {  # bytes_of FILE OFFSET COUNT: in hexadecimal
-  od -An -v -tx1 -j "$2" -N "$3" "$1" | tr -d ' \n'
-}
-
-is_png() {  # is_png FILE WIDTH HEIGHT BIT_DEPTH COLOUR_TYPE
-  local header
-  printf -v header '%08x%08x%02x%02x000000' "$2" "$3" "$4" "$5"
-  [[ -f $1 ]] && [[ $(bytes_of "$1" 0 8) == 89504e470d0a1a0a ]] && [[ $(bytes_of "$1" 12 4) == 49484452 ]] &&
-    [[ $(bytes_of "$1" 16 13) == "$header" ]] || return 1
-  if command -v pngcheck >/dev/null; then pngcheck -q "$1"; fi
-}
-
-readonly grey=0 rgb=2 rgba=6
+# shellcheck source-path=SCRIPTDIR source=tool_checks.sh
+source "$(dirname "$0")/tool_checks.sh"
 
 # --- formats
 
@@ -141,6 +78,9 @@ readonly bayer mono
 
 fails 2 "A command is required"
 fails 2 "IN is required" convert
+fails 2 "OUT, or an output folder by -o, is required" convert grey8.bin "${mono[@]}"
+fails 2 "For several inputs an output folder, by -o, is required" convert grey8.bin x.png y.png "${mono[@]}"
+fails 2 "--as names the files of an output folder, for which -o is required" convert grey8.bin x.png "${mono[@]}" --as png
 fails 2 "--format is required" convert grey8.bin x.png --size 32x24
 fails 2 "--size is required" convert grey8.bin x.png --format Mono8
 fails 2 "--colour" convert grey8.bin x.png "${mono[@]}" --colour
@@ -182,12 +122,12 @@ fails 1 "packed output not supported" convert bayer12p.bin x.png "${bayer[@]}" -
 fails 1 "cannot write 'x.png': error: type=ImageFormatNotSupported[7], module_id=9001, txt=Unsupported pixel format" convert bayer12p.bin x.png "${bayer[@]}" --to BayerRG12p
 fails 1 "FileDirectory invalid" convert grey8.bin missing/x.png "${mono[@]}"
 fails 1 "Unknown file format" convert grey8.bin x.tiff "${mono[@]}"
-fails 1 "must end in .png" convert grey8.bin x "${mono[@]}"
+fails 1 "must end in .png, .bmp, .jpg, .jpeg, .raw or .bin" convert grey8.bin x "${mono[@]}"
 check "no failure leaves a picture" [ ! -e x.png ]
 
 # --- help
 
-for arguments in --help 'formats --help' 'convert --help'; do
+for arguments in --help 'formats --help' 'info --help' 'convert --help' 'simulate --help'; do
   # shellcheck disable=SC2086  # two words are meant
   succeeds $arguments
   check "$arguments has examples" grep -q '^  korvel ' out
@@ -196,10 +136,12 @@ done
 succeeds --version
 check "--version tells the version" grep -qE '^korvel [0-9]+\.[0-9]+\.[0-9]+$' out
 
-samples $((2592 * 1536 * 3 / 2)) >frame.raw
+samples $((2592 * 1536 * 3 / 2)) >frame.bin
 samples $((512 + 640 * 480 * 5 / 4)) >dump.bin
 samples $((640 * 480)) >grey.bin
 rm -f ./*.png
+korvel simulate picture.png --format RGB8 --size 64x48 >out
+korvel simulate photo.jpg --format RGB8 --size 64x48 >out
 while IFS= read -r example; do
   code=0
   bash -c "$example" >out 2>err </dev/null || code=$?
@@ -211,6 +153,8 @@ for picture in frame.png frame_hq.png; do
 done
 check "the examples make frame_rgb12.png" is_png frame_rgb12.png 2592 1536 16 $rgb
 check "the examples make grey.png" is_png grey.png 640 480 8 $grey
+check "the examples make scene.png" is_png scene.png 1920 1080 8 $rgb
+check "the examples make a numbered stream" [ -s stream_0003.raw ]
+check "the examples make a folder of pictures" [ -s pictures/photo.bmp ]
 
-echo "$checks checks, $failures failed"
-[ "$failures" -eq 0 ]
+ends_well

@@ -57,9 +57,9 @@ double Deviation(const std::vector<double>& values) {
   return std::sqrt(sum / static_cast<double>(values.size()));
 }
 
-TEST(ExposeMosaic, SeesEachPatchInItsDisplayColour) {
+TEST(Expose, SeesEachPatchInItsDisplayColour) {
   const Scene scene(960, 540);
-  const std::vector<uint16_t> mosaic = ExposeMosaic(scene, MosaicPhase::kRG, {});
+  const std::vector<uint16_t> mosaic = Expose(MosaicLight(scene, MosaicPhase::kRG), {});
   for (size_t row = 0; row < kPatchRows; ++row) {
     for (size_t column = 0; column < kPatchColumns; ++column) {
       const Patch patch = ChartPatch(scene, column, row);
@@ -72,10 +72,10 @@ TEST(ExposeMosaic, SeesEachPatchInItsDisplayColour) {
   }
 }
 
-TEST(ExposeMosaic, AddsNoiseOfTheRightStrength) {
+TEST(Expose, AddsNoiseOfTheRightStrength) {
   const Scene scene(960, 540);
   const Sensor sensor;
-  const std::vector<uint16_t> mosaic = ExposeMosaic(scene, MosaicPhase::kRG, sensor);
+  const std::vector<uint16_t> mosaic = Expose(MosaicLight(scene, MosaicPhase::kRG), sensor);
   const Patch grey = ChartPatch(scene, 3, 3);
   const double light = grey.colour[1];
   const double electrons = light * sensor.full_well;
@@ -85,33 +85,72 @@ TEST(ExposeMosaic, AddsNoiseOfTheRightStrength) {
   EXPECT_NEAR(Deviation(PatchSamples(scene, mosaic, grey, 1)), expected, 0.1 * expected);
 }
 
-TEST(ExposeMosaic, DependsOnTheSeedAlone) {
+TEST(Expose, DependsOnTheSeedAlone) {
   const Scene scene(64, 48);
-  const std::vector<uint16_t> first = ExposeMosaic(scene, MosaicPhase::kGR, {.seed = 7});
-  EXPECT_EQ(first, ExposeMosaic(scene, MosaicPhase::kGR, {.seed = 7}));
-  EXPECT_NE(first, ExposeMosaic(scene, MosaicPhase::kGR, {.seed = 8}));
+  const std::vector<float> light = MosaicLight(scene, MosaicPhase::kGR);
+  const std::vector<uint16_t> first = Expose(light, {.seed = 7});
+  EXPECT_EQ(first, Expose(light, {.seed = 7}));
+  EXPECT_NE(first, Expose(light, {.seed = 8}));
 }
 
-TEST(ExposeMosaic, FillsTheBitsThatTheSensorHas) {
+TEST(Expose, FillsTheBitsThatTheSensorHas) {
   for (const unsigned bits : {8U, 10U, 12U}) {
-    const std::vector<uint16_t> mosaic = ExposeMosaic(Scene(320, 180), MosaicPhase::kBG, {.bits = bits});
+    const std::vector<uint16_t> mosaic = Expose(MosaicLight(Scene(320, 180), MosaicPhase::kBG), {.bits = bits});
     ASSERT_EQ(mosaic.size(), 320U * 180U);
     EXPECT_THAT(mosaic, Each(Le((1U << bits) - 1)));
     EXPECT_THAT(mosaic, ::testing::Contains(::testing::Gt((1U << (bits - 1)))));
   }
 }
 
-TEST(PackBitStream, PutsTwoSamplesOf12BitsIntoThreeBytes) {
-  EXPECT_THAT(PackBitStream({0xABC, 0x123}, 12), ElementsAre(0xBC, 0x3A, 0x12));
+TEST(Expose, WithoutNoiseGivesTheDisplaysCurve) {
+  const std::vector<uint16_t> samples = Expose({0.0F, 0.18F, 1.0F, 7.0F}, {.bits = 8, .noise = 0});
+  EXPECT_THAT(samples, ElementsAre(0, std::lround(DisplayFromLinear(0.18) * 255), 255, 255));
 }
 
-TEST(PackBitStream, PutsFourSamplesOf10BitsIntoFiveBytes) {
-  EXPECT_THAT(PackBitStream({0x3FF, 0x000, 0x3FF, 0x001}, 10), ElementsAre(0xFF, 0x03, 0xF0, 0x7F, 0x00));
+TEST(GreyLight, IsTheLuminanceOfTheColours) {
+  const Scene scene(40, 30);
+  const std::vector<float> grey = GreyLight(scene);
+  const std::vector<float> colours = ColourLight(scene);
+  ASSERT_EQ(grey.size(), 40U * 30U);
+  ASSERT_EQ(colours.size(), 3 * grey.size());
+  for (size_t i = 0; i < grey.size(); ++i) {
+    EXPECT_NEAR(grey[i], 0.2126 * colours[3 * i] + 0.7152 * colours[3 * i + 1] + 0.0722 * colours[3 * i + 2], 1e-6);
+  }
 }
 
-TEST(PackBitStream, FillsTheLastByteWithZeros) {
-  EXPECT_THAT(PackBitStream({0xFFF}, 12), ElementsAre(0xFF, 0x0F));
-  EXPECT_THAT(PackBitStream({}, 12), ElementsAre());
+TEST(MosaicLight, IsThatOfTheColourWhichAPixelSees) {
+  const Scene scene(40, 30);
+  const std::vector<float> mosaic = MosaicLight(scene, MosaicPhase::kGB);
+  const std::vector<float> colours = ColourLight(scene);
+  for (size_t i = 0; i < mosaic.size(); ++i) {
+    EXPECT_EQ(mosaic[i], colours[3 * i + MosaicChannel(MosaicPhase::kGB, i % 40, i / 40)]) << i;
+  }
+}
+
+TEST(AddHotPixels, LetsAsManyPixelsGlowAsAreAskedFor) {
+  for (const size_t count : {0U, 1U, 20U, 99U, 100U}) {
+    std::vector<float> light(300);
+    AddHotPixels(light, 3, count, 5);
+    size_t glowing = 0;
+    for (size_t first = 0; first < light.size(); first += 3) {
+      EXPECT_EQ(light[first], light[first + 1]);
+      EXPECT_EQ(light[first], light[first + 2]);
+      if (light[first] > 0) {
+        EXPECT_GT(light[first], 0.3F);
+        ++glowing;
+      }
+    }
+    EXPECT_EQ(glowing, count);
+  }
+}
+
+TEST(AddHotPixels, DependsOnTheSeed) {
+  std::vector<float> first(1000), same(1000), other(1000);
+  AddHotPixels(first, 1, 10, 5);
+  AddHotPixels(same, 1, 10, 5);
+  AddHotPixels(other, 1, 10, 6);
+  EXPECT_EQ(first, same);
+  EXPECT_NE(first, other);
 }
 
 }  // namespace

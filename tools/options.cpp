@@ -1,8 +1,9 @@
-#include "convert_options.h"
+#include "options.h"
 
 #include <charconv>
 #include <limits>
 #include <optional>
+#include <sstream>
 #include <string>
 #include <system_error>
 
@@ -45,6 +46,24 @@ uint64_t ParseSkip(std::string_view text) {
                     "Give the bytes before the first pixel in decimal, such as --skip 512.");
   }
   return *skip;
+}
+
+uint64_t ParseWhole(std::string_view option, std::string_view text, uint64_t least, uint64_t most) {
+  const auto number = ParseNumber<uint64_t>(text);
+  if (number && *number >= least && *number <= most) return *number;
+  const std::string advice =
+      most == std::numeric_limits<uint64_t>::max()
+          ? "Give a whole number from " + std::to_string(least) + " on."
+          : "Give a whole number from " + std::to_string(least) + " to " + std::to_string(most) + ".";
+  throw ToolError(std::string(option) + ": " + Quoted(text) + " is not a number that can be used here", advice);
+}
+
+double ParseDecimal(std::string_view option, std::string_view text, double least, double most) {
+  const auto number = ParseNumber<double>(text);
+  if (number && *number >= least && *number <= most) return *number;
+  std::ostringstream advice;
+  advice << "Give a number from " << least << " to " << most << ", such as 1.5.";
+  throw ToolError(std::string(option) + ": " + Quoted(text) + " is not a number that can be used here", advice.str());
 }
 
 KORVEL_CONVERSION_MODE ParseMode(std::string_view text) {

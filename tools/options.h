@@ -1,4 +1,4 @@
-// What the words of the convert command's options mean.
+// What the words of options mean.
 #pragma once
 
 #include <cstddef>
@@ -19,6 +19,12 @@ PictureSize ParseSize(std::string_view text);
 
 // A decimal number of bytes. Throws ToolError.
 uint64_t ParseSkip(std::string_view text);
+
+// A whole number within the limits, which are part of it; option is the one that gave it. Throws ToolError.
+uint64_t ParseWhole(std::string_view option, std::string_view text, uint64_t least, uint64_t most);
+
+// A decimal number, such as 1.5, within the limits. Throws ToolError.
+double ParseDecimal(std::string_view option, std::string_view text, double least, double most);
 
 // "fast", "hq" or "classic". Throws ToolError.
 KORVEL_CONVERSION_MODE ParseMode(std::string_view text);

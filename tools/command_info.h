@@ -1,0 +1,10 @@
+// korvel info: what image files hold.
+#pragma once
+
+#include <CLI/CLI.hpp>
+
+namespace korvel::tools {
+
+void AddInfoCommand(CLI::App& app);
+
+}  // namespace korvel::tools
