@@ -1,7 +1,6 @@
 #include "api/converters.h"
 
-#include "buffers/fixed_format_vector_buffer_pool.h"
-#include "buffers/multi_format_buffer_pool.h"
+#include "api/buffer_pools.h"
 #include "buffers/raw_image_buffer.h"
 #include "status/exceptions.h"
 
@@ -12,8 +11,7 @@ using img::buffer::IfcImageBuffer;
 using img::processing::ImageConverter;
 
 std::shared_ptr<ImageConverter> MakeConverter(size_t numBuffers) {
-  return std::make_shared<ImageConverter>(std::make_shared<img::buffer::MultiFormatBufferPool>(
-      std::make_shared<img::buffer::FixedFormatVectorBufferPool::Factory>(), numBuffers));
+  return std::make_shared<ImageConverter>(MakeBufferPool(numBuffers));
 }
 
 std::shared_ptr<IfcImageBuffer> ConvertBuffer(const ImageConverter& converter, IfcImageBuffer& input,

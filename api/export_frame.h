@@ -70,3 +70,8 @@ ReturnCode FillArray(const Source* elements, size_t needed, Element* array, size
 // object is what the registry has for the handle argument, null if it knows none.
 #define KORVEL_REQUIRE_HANDLE(object, handleArgument) \
   KORVEL_REQUIRE((object) != nullptr, KORVEL_RETURN_CODE_InvalidHandle, #handleArgument " is invalid!")
+
+// The element of a container that an index argument asks for.
+#define KORVEL_REQUIRE_INDEX(container, indexArgument)                                \
+  KORVEL_REQUIRE((indexArgument) < (container).size(), KORVEL_RETURN_CODE_OutOfRange, \
+                 #indexArgument " is out of range!")

@@ -1,6 +1,14 @@
 #include "api/handle_registry.h"
 
 #include "processing/conversion/image_converter.h"
+#include "processing/correction/adaptive_hotpixel_correction.h"
+#include "processing/correction/binning.h"
+#include "processing/correction/color_corrector.h"
+#include "processing/correction/gain.h"
+#include "processing/correction/gamma_corrector.h"
+#include "processing/geometry/image_transformer.h"
+#include "processing/measure/collect_line.h"
+#include "processing/measure/histogram.h"
 
 namespace korvel::internal {
 

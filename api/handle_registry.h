@@ -15,8 +15,16 @@
 #include "korvel/korvel.h"
 
 namespace img::processing {
+class AdaptiveHotpixelCorrection;
+class Binning;
+class ColorCorrector;
+class Gain;
+class GammaCorrector;
 class ImageConverter;
-}
+class ImageTransformer;
+struct HistogramRecord;
+struct LineRecord;
+}  // namespace img::processing
 
 namespace korvel::internal {
 
@@ -83,13 +91,33 @@ class HandleRegistry {
   static HandleRegistry& Instance();
 
   HandleMap<img::processing::ImageConverter>& ImageConverters() { return imageConverters_; }
+  HandleMap<img::processing::AdaptiveHotpixelCorrection>& AdaptiveHotpixelCorrectors() {
+    return adaptiveHotpixelCorrectors_;
+  }
+  HandleMap<img::processing::ColorCorrector>& ColorCorrectors() { return colorCorrectors_; }
+  HandleMap<img::processing::Binning>& Binnings() { return binnings_; }
+  HandleMap<img::processing::Gain>& Gains() { return gains_; }
+  HandleMap<img::processing::GammaCorrector>& GammaCorrectors() { return gammaCorrectors_; }
   ImageHandleMap& Images() { return images_; }
+  HandleMap<img::processing::HistogramRecord>& Histograms() { return histograms_; }
+  HandleMap<img::processing::LineRecord>& PixelLines() { return pixelLines_; }
+  HandleMap<img::processing::ImageTransformer>& ImageTransformers() { return imageTransformers_; }
 
  private:
   HandleRegistry() = default;
 
   HandleMap<img::processing::ImageConverter> imageConverters_{"Given imageConverter was already added!"};
+  HandleMap<img::processing::AdaptiveHotpixelCorrection> adaptiveHotpixelCorrectors_{
+      "Given adaptiveHotpixelCorrector was already added!"};
+  HandleMap<img::processing::ColorCorrector> colorCorrectors_{"Given colorCorrector was already added!"};
+  HandleMap<img::processing::Binning> binnings_{"Given binning was already added!"};
+  // Intended: gains share their text with gamma correctors.
+  HandleMap<img::processing::Gain> gains_{"Given gammaCorrector was already added!"};
+  HandleMap<img::processing::GammaCorrector> gammaCorrectors_{"Given gammaCorrector was already added!"};
   ImageHandleMap images_;
+  HandleMap<img::processing::HistogramRecord> histograms_{"Given histogramData was already added!"};
+  HandleMap<img::processing::LineRecord> pixelLines_{"Given lineData was already added!"};
+  HandleMap<img::processing::ImageTransformer> imageTransformers_{"Given imageTransformer was already added!"};
 };
 
 // Between the handle types of the exported header and the registry's numbers.

@@ -14,6 +14,10 @@ int main(int argc, char** argv) {
     if (benchmark::ReportUnrecognizedArguments(argc, argv)) return 2;
     korvel::benchmarks::RegisterModules();
     korvel::benchmarks::RegisterChains();
+    korvel::benchmarks::RegisterGeometry();
+    korvel::benchmarks::RegisterMeasure();
+    korvel::benchmarks::RegisterHotpixels();
+    korvel::benchmarks::RegisterCorrections();
     korvel::benchmarks::RegisterImageFiles();
     korvel::benchmarks::TableReporter reporter;
     const size_t count = benchmark::RunSpecifiedBenchmarks(&reporter);

@@ -9,6 +9,18 @@ void RegisterModules();
 // The common conversions and other work through the exported functions, with all that a call does besides.
 void RegisterChains();
 
+// Mirroring and rotation, into another image and in place.
+void RegisterGeometry();
+
+// Histograms and lines.
+void RegisterMeasure();
+
+// The search for hot pixels, and their correction with it.
+void RegisterHotpixels();
+
+// Corrections of pixel values, and binning.
+void RegisterCorrections();
+
 // Image files beside those of the bare codecs, and beside one call of the system.
 void RegisterImageFiles();
 

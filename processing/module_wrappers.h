@@ -2,6 +2,9 @@
 // and keep it as long as the formats stay the same.
 //
 // One wrapper serves one thread at a time, since a change of formats replaces the instance without a lock.
+//
+// Members that reach a grid are defined outside their classes: they are not inline then, so that a family can declare
+// its wrapper as an extern template and keep the grid in its own source.
 #pragma once
 
 #include <memory>
@@ -58,18 +61,21 @@ class TemplateWrapper_ConversionProcessingModule : public IfcConversionProcessin
   explicit TemplateWrapper_ConversionProcessingModule(const std::string& name)
       : moduleId_(ModuleTimingRegistry::Instance().IdOf("PM_Conversion::" + name)) {}
 
-  void Process(const IfcImage& input, IfcImage& output) override {
-    IfcConversionProcessingModule& impl = instance_.For(
-        input.PixelFormat(), output.PixelFormat(), GetParameters(),
-        [](PixelFormatId in, PixelFormatId out) { return MakeFormatClass<T, IfcConversionProcessingModule>(in, out); });
-    const ScopedModuleTiming timing(moduleId_);
-    impl.Process(input, output);
-  }
+  void Process(const IfcImage& input, IfcImage& output) override;
 
  private:
   FormatPairInstance instance_;
   uint32_t moduleId_;
 };
+
+template <template <PixelFormatId, PixelFormatId> class T>
+void TemplateWrapper_ConversionProcessingModule<T>::Process(const IfcImage& input, IfcImage& output) {
+  IfcConversionProcessingModule& impl = instance_.For(
+      input.PixelFormat(), output.PixelFormat(), GetParameters(),
+      [](PixelFormatId in, PixelFormatId out) { return MakeFormatClass<T, IfcConversionProcessingModule>(in, out); });
+  const ScopedModuleTiming timing(moduleId_);
+  impl.Process(input, output);
+}
 
 // The instance of a family for the format used last.
 template <template <PixelFormatId> class T, class TClassIfc>
@@ -91,22 +97,32 @@ class FormatInstance {
 template <template <PixelFormatId> class T>
 class TemplateWrapper_InplaceProcessingModule : public IfcInplaceProcessingModule {
  public:
-  void Process(IfcImage& image) override { instance_.For(image.PixelFormat()).Process(image); }
+  void Process(IfcImage& image) override;
 
  private:
   FormatInstance<T, IfcInplaceProcessingModule> instance_;
 };
 
+template <template <PixelFormatId> class T>
+void TemplateWrapper_InplaceProcessingModule<T>::Process(IfcImage& image) {
+  IfcInplaceProcessingModule& impl = instance_.For(image.PixelFormat());
+  impl.SetParameters(this->GetParameters());
+  impl.Process(image);
+}
+
 template <template <PixelFormatId> class T, class TClassIfc>
 class TemplateWrapper_TransformationModule : public TClassIfc {
  public:
-  void Process(const IfcImage& input, IfcImage& output) override {
-    instance_.For(input.PixelFormat()).Process(input, output);
-  }
+  void Process(const IfcImage& input, IfcImage& output) override;
 
  private:
   FormatInstance<T, TClassIfc> instance_;
 };
+
+template <template <PixelFormatId> class T, class TClassIfc>
+void TemplateWrapper_TransformationModule<T, TClassIfc>::Process(const IfcImage& input, IfcImage& output) {
+  instance_.For(input.PixelFormat()).Process(input, output);
+}
 
 // For modules that turn an image into a record. Each run is timed, under "PM_Measure::" and the family's name.
 template <template <PixelFormatId> class T, class TClassIfc>

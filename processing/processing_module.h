@@ -6,8 +6,22 @@
 
 namespace img::processing {
 
+// What a wrapper hands on to the instances that it makes.
+class ModuleParameters {
+ public:
+  // The block of parameters of a family that has one; null otherwise.
+  virtual void* GetParameters() { return parameters_; }
+  void SetParameters(void* parameters) { parameters_ = parameters; }
+
+ protected:
+  ~ModuleParameters() = default;
+
+ private:
+  void* parameters_ = nullptr;
+};
+
 // Turns one image into another of the same size and usually of another format.
-class IfcConversionProcessingModule {
+class IfcConversionProcessingModule : public ModuleParameters {
  public:
   IfcConversionProcessingModule() = default;
   IfcConversionProcessingModule(const IfcConversionProcessingModule&) = delete;
@@ -22,17 +36,10 @@ class IfcConversionProcessingModule {
 
   // Whether the family can take that format; asked of an instance, whether it is the format that it was made for.
   virtual bool IsInputFormatSupported(PixelFormatId format) = 0;
-
-  // The block of parameters of a family that has one; null otherwise.
-  virtual void* GetParameters() { return parameters_; }
-  void SetParameters(void* parameters) { parameters_ = parameters; }
-
- private:
-  void* parameters_ = nullptr;
 };
 
 // Changes one image in place.
-class IfcInplaceProcessingModule {
+class IfcInplaceProcessingModule : public ModuleParameters {
  public:
   IfcInplaceProcessingModule() = default;
   IfcInplaceProcessingModule(const IfcInplaceProcessingModule&) = delete;

@@ -15,8 +15,9 @@
  * - Objects are held by handles. A handle is valid from the call that wrote it until the matching ..._Destruct. An
  *   unknown, destroyed or foreign handle is refused. A call in progress keeps its objects alive even if another
  *   thread destroys the handle meanwhile.
- * - Two threads may use two handles freely. One converter serves one thread at a time. The pixels of one image may
- *   be read by several threads, and be written by one that has them to itself.
+ * - Two threads may use two handles freely. One object that makes or changes images (a converter, a gain) serves one
+ *   thread at a time. The pixels of one image may be read by several threads, and be written by one that has them to
+ *   itself.
  * - Pixel formats are passed as 32-bit ids: the codes of the GenICam Pixel Format Naming Convention (PFNC), and
  *   ids of the library's own that begin 0x4000.
  * - Sizes of images are in pixels, sizes of memory in bytes.
@@ -25,6 +26,9 @@
 #ifndef KORVEL_KORVEL_H
 #define KORVEL_KORVEL_H
 
+#ifndef __cplusplus
+#include <stdbool.h>
+#endif
 #include <stddef.h>
 #include <stdint.h>
 
@@ -154,6 +158,14 @@ enum { KORVEL_ENDIANNESS_Little = 0 };
 /* Each kind of object has a handle type of its own. Null is never a valid handle. */
 typedef struct KORVEL_IMAGE_HANDLE_S* KORVEL_IMAGE_HANDLE;
 typedef struct KORVEL_IMAGE_CONVERTER_HANDLE_S* KORVEL_IMAGE_CONVERTER_HANDLE;
+typedef struct KORVEL_GAIN_HANDLE_S* KORVEL_GAIN_HANDLE;
+typedef struct KORVEL_GAMMA_CORRECTOR_HANDLE_S* KORVEL_GAMMA_CORRECTOR_HANDLE;
+typedef struct KORVEL_COLOR_CORRECTOR_HANDLE_S* KORVEL_COLOR_CORRECTOR_HANDLE;
+typedef struct KORVEL_BINNING_HANDLE_S* KORVEL_BINNING_HANDLE;
+typedef struct KORVEL_ADAPTIVE_HOTPIXEL_CORRECTOR_HANDLE_S* KORVEL_ADAPTIVE_HOTPIXEL_CORRECTOR_HANDLE;
+typedef struct KORVEL_IMAGE_TRANSFORMER_HANDLE_S* KORVEL_IMAGE_TRANSFORMER_HANDLE;
+typedef struct KORVEL_HISTOGRAM_HANDLE_S* KORVEL_HISTOGRAM_HANDLE;
+typedef struct KORVEL_PIXEL_LINE_HANDLE_S* KORVEL_PIXEL_LINE_HANDLE;
 
 /* ------------------------------------------------------------------------------------------------------ library -- */
 
@@ -415,6 +427,670 @@ KORVEL_API KORVEL_RETURN_CODE KORVEL_ImageConverter_ConvertToBuffer(KORVEL_IMAGE
  */
 KORVEL_API KORVEL_RETURN_CODE KORVEL_ImageConverter_Destruct(KORVEL_IMAGE_CONVERTER_HANDLE imageConverterHandle);
 
+/* -------------------------------------------------------------------------------------------------------- gain -- */
+
+/*
+ * Digital gain for mono and unpacked Bayer images. Every value is multiplied by the master gain and, at a Bayer site,
+ * by the gain of the site's colour, limited to the maximum of the format's depth; a fraction is dropped. Colour gains
+ * don't change mono images. While all four gains lie in 0.999 to 1.001, pixels stay as they are. In formats of 10 and
+ * 12 bits, bits above the depth are ignored and come out 0.
+ */
+
+/*
+ * Makes a gain object, with all gains 1.0. It keeps the memory of images that it made and that were destroyed, so that
+ * a stream of like images takes no new memory for pixels.
+ *
+ * InvalidArgument  gainHandle is null
+ */
+KORVEL_API KORVEL_RETURN_CODE KORVEL_Gain_Construct(KORVEL_GAIN_HANDLE* gainHandle);
+
+/*
+ * Sets a gain, for the calls that follow. Its price is that of new tables, so set it when it changes and not for each
+ * image.
+ *
+ * InvalidHandle    gainHandle is not known
+ * InvalidArgument  value is null, or *value is not in 1.0 to 8.0; the gain stays as it was
+ */
+KORVEL_API KORVEL_RETURN_CODE KORVEL_Gain_SetMasterGainValue(KORVEL_GAIN_HANDLE gainHandle, const float* value);
+KORVEL_API KORVEL_RETURN_CODE KORVEL_Gain_SetRedGainValue(KORVEL_GAIN_HANDLE gainHandle, const float* value);
+KORVEL_API KORVEL_RETURN_CODE KORVEL_Gain_SetGreenGainValue(KORVEL_GAIN_HANDLE gainHandle, const float* value);
+KORVEL_API KORVEL_RETURN_CODE KORVEL_Gain_SetBlueGainValue(KORVEL_GAIN_HANDLE gainHandle, const float* value);
+
+/*
+ * A gain, and the limits of its values, both included: 1.0 and 8.0 for all four.
+ *
+ * InvalidHandle    gainHandle is not known
+ * InvalidArgument  value is null
+ */
+KORVEL_API KORVEL_RETURN_CODE KORVEL_Gain_GetMasterGainValue(KORVEL_GAIN_HANDLE gainHandle, float* value);
+KORVEL_API KORVEL_RETURN_CODE KORVEL_Gain_GetRedGainValue(KORVEL_GAIN_HANDLE gainHandle, float* value);
+KORVEL_API KORVEL_RETURN_CODE KORVEL_Gain_GetGreenGainValue(KORVEL_GAIN_HANDLE gainHandle, float* value);
+KORVEL_API KORVEL_RETURN_CODE KORVEL_Gain_GetBlueGainValue(KORVEL_GAIN_HANDLE gainHandle, float* value);
+KORVEL_API KORVEL_RETURN_CODE KORVEL_Gain_GetMasterGainMin(KORVEL_GAIN_HANDLE gainHandle, float* value);
+KORVEL_API KORVEL_RETURN_CODE KORVEL_Gain_GetRedGainMin(KORVEL_GAIN_HANDLE gainHandle, float* value);
+KORVEL_API KORVEL_RETURN_CODE KORVEL_Gain_GetGreenGainMin(KORVEL_GAIN_HANDLE gainHandle, float* value);
+KORVEL_API KORVEL_RETURN_CODE KORVEL_Gain_GetBlueGainMin(KORVEL_GAIN_HANDLE gainHandle, float* value);
+KORVEL_API KORVEL_RETURN_CODE KORVEL_Gain_GetMasterGainMax(KORVEL_GAIN_HANDLE gainHandle, float* value);
+KORVEL_API KORVEL_RETURN_CODE KORVEL_Gain_GetRedGainMax(KORVEL_GAIN_HANDLE gainHandle, float* value);
+KORVEL_API KORVEL_RETURN_CODE KORVEL_Gain_GetGreenGainMax(KORVEL_GAIN_HANDLE gainHandle, float* value);
+KORVEL_API KORVEL_RETURN_CODE KORVEL_Gain_GetBlueGainMax(KORVEL_GAIN_HANDLE gainHandle, float* value);
+
+/*
+ * Whether images of a format can be processed: Mono8, Mono10, Mono12 and the twelve unpacked Bayer formats. An id that
+ * no format has is not supported.
+ *
+ * InvalidHandle    gainHandle is not known
+ * InvalidArgument  isPixelFormatSupported is null
+ */
+KORVEL_API KORVEL_RETURN_CODE KORVEL_Gain_GetIsPixelFormatSupported(KORVEL_GAIN_HANDLE gainHandle, uint32_t pixelFormat,
+                                                                    bool* isPixelFormatSupported);
+
+/*
+ * Applies the gains: KORVEL_Gain_Process makes a new image, in memory of the gain object, which takes it back when
+ * the new handle is destroyed; KORVEL_Gain_ProcessInPlace changes the image's own pixels.
+ *
+ * InvalidHandle            gainHandle or imageHandle is not known
+ * InvalidArgument          outputImageHandle is null
+ * ImageFormatNotSupported  the image's format is not supported
+ * Error                    the memory can't be had
+ */
+KORVEL_API KORVEL_RETURN_CODE KORVEL_Gain_Process(KORVEL_GAIN_HANDLE gainHandle, KORVEL_IMAGE_HANDLE imageHandle,
+                                                  KORVEL_IMAGE_HANDLE* outputImageHandle);
+KORVEL_API KORVEL_RETURN_CODE KORVEL_Gain_ProcessInPlace(KORVEL_GAIN_HANDLE gainHandle,
+                                                         KORVEL_IMAGE_HANDLE imageHandle);
+
+/*
+ * Ends a handle. Images that the gain object made stay valid.
+ *
+ * InvalidHandle  gainHandle is not known
+ */
+KORVEL_API KORVEL_RETURN_CODE KORVEL_Gain_Destruct(KORVEL_GAIN_HANDLE gainHandle);
+
+/* --------------------------------------------------------------------------------------------- gamma corrector -- */
+
+/*
+ * Gamma correction of mono, Bayer and colour images. Every value v of a channel with the maximum M becomes
+ * M * (v / M) ^ (1 / gamma); a fraction is dropped. Alpha is not corrected. While gamma lies in 0.999 to 1.001, pixels
+ * stay as they are. In formats of 10 and 12 bits, values above the maximum count as the maximum.
+ */
+
+/*
+ * Makes a gamma corrector, with a gamma of 1.0. It keeps the memory of images that it made and that were destroyed, so
+ * that a stream of like images takes no new memory for pixels.
+ *
+ * InvalidArgument  gammaCorrectorHandle is null
+ */
+KORVEL_API KORVEL_RETURN_CODE KORVEL_GammaCorrector_Construct(KORVEL_GAMMA_CORRECTOR_HANDLE* gammaCorrectorHandle);
+
+/*
+ * Sets gamma, for the calls that follow. Above 1 it lightens, below 1 it darkens. Its price is that of new tables, so
+ * set it when it changes and not for each image.
+ *
+ * InvalidHandle    gammaCorrectorHandle is not known
+ * InvalidArgument  value is null, or *value is not in 0.3 to 3.0; gamma stays as it was
+ */
+KORVEL_API KORVEL_RETURN_CODE
+KORVEL_GammaCorrector_SetGammaCorrectionValue(KORVEL_GAMMA_CORRECTOR_HANDLE gammaCorrectorHandle, const float* value);
+
+/*
+ * Gamma, and the limits of its values, both included: 0.3 and 3.0.
+ *
+ * InvalidHandle    gammaCorrectorHandle is not known
+ * InvalidArgument  value is null
+ */
+KORVEL_API KORVEL_RETURN_CODE
+KORVEL_GammaCorrector_GetGammaCorrectionValue(KORVEL_GAMMA_CORRECTOR_HANDLE gammaCorrectorHandle, float* value);
+KORVEL_API KORVEL_RETURN_CODE
+KORVEL_GammaCorrector_GetGammaCorrectionMin(KORVEL_GAMMA_CORRECTOR_HANDLE gammaCorrectorHandle, float* value);
+KORVEL_API KORVEL_RETURN_CODE
+KORVEL_GammaCorrector_GetGammaCorrectionMax(KORVEL_GAMMA_CORRECTOR_HANDLE gammaCorrectorHandle, float* value);
+
+/*
+ * Whether images of a format can be processed: all formats that are not packed, and RGB10p32. True also for
+ * KORVEL_PIXEL_FORMAT_Invalid, though no image of it is processed. An id that no format has is not supported.
+ *
+ * InvalidHandle    gammaCorrectorHandle is not known
+ * InvalidArgument  isPixelFormatSupported is null
+ */
+KORVEL_API KORVEL_RETURN_CODE KORVEL_GammaCorrector_GetIsPixelFormatSupported(
+    KORVEL_GAMMA_CORRECTOR_HANDLE gammaCorrectorHandle, uint32_t pixelFormat, bool* isPixelFormatSupported);
+
+/*
+ * Corrects an image: KORVEL_GammaCorrector_Process makes a new one, in memory of the corrector, which takes it back
+ * when the new handle is destroyed; KORVEL_GammaCorrector_ProcessInPlace changes the image's own pixels.
+ *
+ * Alpha stays as it is in place. In a new image it has no defined value, but where pixels stay as they are. The unused
+ * bits of RGB10p32 become 0 where pixels change.
+ *
+ * InvalidHandle            gammaCorrectorHandle or imageHandle is not known
+ * InvalidArgument          outputImageHandle is null
+ * ImageFormatNotSupported  the image's format is not supported
+ * Error                    the memory can't be had
+ */
+KORVEL_API KORVEL_RETURN_CODE KORVEL_GammaCorrector_Process(KORVEL_GAMMA_CORRECTOR_HANDLE gammaCorrectorHandle,
+                                                            KORVEL_IMAGE_HANDLE imageHandle,
+                                                            KORVEL_IMAGE_HANDLE* outputImageHandle);
+KORVEL_API KORVEL_RETURN_CODE KORVEL_GammaCorrector_ProcessInPlace(KORVEL_GAMMA_CORRECTOR_HANDLE gammaCorrectorHandle,
+                                                                   KORVEL_IMAGE_HANDLE imageHandle);
+
+/*
+ * Ends a handle. Images that the corrector made stay valid.
+ *
+ * InvalidHandle  gammaCorrectorHandle is not known
+ */
+KORVEL_API KORVEL_RETURN_CODE KORVEL_GammaCorrector_Destruct(KORVEL_GAMMA_CORRECTOR_HANDLE gammaCorrectorHandle);
+
+/* -------------------------------------------------------------------------------------------- colour corrector -- */
+
+/*
+ * Colour correction: each pixel's red, green and blue are multiplied by a matrix of 3 by 3 factors, and the results
+ * limited to 0 and the maximum of the format's depth. Alpha, and the unused bits of RGB10p32, stay as they are.
+ *
+ * Results are computed in single precision and rounded: half up in general; on processors with AVX, from 16 by 16
+ * pixels on, in RGB8, BGR8, RGBa8, BGRa8, RGB10, RGB12 and RGB10p32, to the nearest (even on a tie) for most pixels and
+ * down for the last few of a line, or for the last line of RGB10 and RGB12. A result can so differ by one between
+ * processors.
+ */
+
+/*
+ * Makes a colour corrector, with the identity as its matrix. It keeps the memory of images that it made and that were
+ * destroyed, so that a stream of like images takes no new memory for pixels.
+ *
+ * InvalidArgument  colorCorrectorHandle is null
+ */
+KORVEL_API KORVEL_RETURN_CODE KORVEL_ColorCorrector_Construct(KORVEL_COLOR_CORRECTOR_HANDLE* colorCorrectorHandle);
+
+/*
+ * Sets the matrix from nine factors, line by line: the first three give the new red from red, green and blue, the next
+ * three green, the last three blue, whatever the order of the channels in memory. Any factors are taken; a result that
+ * is not a number becomes 0.
+ *
+ * InvalidHandle    colorCorrectorHandle is not known
+ * InvalidArgument  colorCorrectorFactors is null
+ */
+KORVEL_API KORVEL_RETURN_CODE KORVEL_ColorCorrector_SetColorCorrectionFactors(
+    KORVEL_COLOR_CORRECTOR_HANDLE colorCorrectorHandle, const float* colorCorrectorFactors);
+
+/*
+ * Reads the nine factors, in the order in which they are set.
+ *
+ * With colorCorrectorFactors null, writes 9 into *colorCorrectorFactorsSize. Otherwise *colorCorrectorFactorsSize tells
+ * how many elements the array has, and stays as it is; elements beyond the ninth are not touched.
+ *
+ * InvalidHandle    colorCorrectorHandle is not known
+ * InvalidArgument  colorCorrectorFactorsSize is null
+ * BufferToSmall    the array has fewer than 9 elements
+ */
+KORVEL_API KORVEL_RETURN_CODE
+KORVEL_ColorCorrector_GetColorCorrectionFactors(KORVEL_COLOR_CORRECTOR_HANDLE colorCorrectorHandle,
+                                                float* colorCorrectorFactors, size_t* colorCorrectorFactorsSize);
+
+/*
+ * Whether images of a format can be processed: the unpacked colour formats and RGB10p32. An id that no format has is
+ * not supported.
+ *
+ * InvalidHandle    colorCorrectorHandle is not known
+ * InvalidArgument  isPixelFormatSupported is null
+ */
+KORVEL_API KORVEL_RETURN_CODE KORVEL_ColorCorrector_GetIsPixelFormatSupported(
+    KORVEL_COLOR_CORRECTOR_HANDLE colorCorrectorHandle, uint32_t pixelFormat, bool* isPixelFormatSupported);
+
+/*
+ * Corrects an image: KORVEL_ColorCorrector_Process makes a new one, in memory of the corrector, which takes it back
+ * when the new handle is destroyed; KORVEL_ColorCorrector_ProcessInPlace changes the image's own pixels.
+ *
+ * InvalidHandle            colorCorrectorHandle or imageHandle is not known
+ * InvalidArgument          outputImageHandle is null
+ * ImageFormatNotSupported  the image's format is not supported
+ * Error                    the memory can't be had
+ */
+KORVEL_API KORVEL_RETURN_CODE KORVEL_ColorCorrector_Process(KORVEL_COLOR_CORRECTOR_HANDLE colorCorrectorHandle,
+                                                            KORVEL_IMAGE_HANDLE imageHandle,
+                                                            KORVEL_IMAGE_HANDLE* outputImageHandle);
+KORVEL_API KORVEL_RETURN_CODE KORVEL_ColorCorrector_ProcessInPlace(KORVEL_COLOR_CORRECTOR_HANDLE colorCorrectorHandle,
+                                                                   KORVEL_IMAGE_HANDLE imageHandle);
+
+/*
+ * Ends a handle. Images that the corrector made stay valid.
+ *
+ * InvalidHandle  colorCorrectorHandle is not known
+ */
+KORVEL_API KORVEL_RETURN_CODE KORVEL_ColorCorrector_Destruct(KORVEL_COLOR_CORRECTOR_HANDLE colorCorrectorHandle);
+
+/* ----------------------------------------------------------------------------------------------------- binning -- */
+
+/*
+ * Binning: blocks of X by Y pixels become one, channel by channel. On Bayer images the pixels of a block are those of
+ * one colour, two apart, so that the result has the same pattern. Alpha of the result is the maximum of the depth.
+ */
+
+/*
+ * How a block becomes a pixel.
+ *
+ *   Average  the mean, its fraction dropped
+ *   Sum      the sum, limited to the maximum of the format's depth
+ */
+typedef uint16_t KORVEL_BINNING_MODE;
+
+enum { KORVEL_BINNING_MODE_Average = 0, KORVEL_BINNING_MODE_Sum = 1 };
+
+/*
+ * Makes a binning object, with factors of 1 and mode Sum. It keeps the memory of images that it made and that were
+ * destroyed, so that a stream of like images takes no new memory for pixels.
+ *
+ * InvalidArgument  binningHandle is null
+ */
+KORVEL_API KORVEL_RETURN_CODE KORVEL_Binning_Construct(KORVEL_BINNING_HANDLE* binningHandle);
+
+/*
+ * Sets the width (X) and the height (Y) of a block, for the calls that follow.
+ *
+ * InvalidHandle    binningHandle is not known
+ * InvalidArgument  factor is null, or *factor is not in 1 to 8; the factor stays as it was
+ */
+KORVEL_API KORVEL_RETURN_CODE KORVEL_Binning_SetBinningX(KORVEL_BINNING_HANDLE binningHandle, const uint8_t* factor);
+KORVEL_API KORVEL_RETURN_CODE KORVEL_Binning_SetBinningY(KORVEL_BINNING_HANDLE binningHandle, const uint8_t* factor);
+
+/*
+ * The factors, and the limits of their values, both included: 1 and 8.
+ *
+ * InvalidHandle    binningHandle is not known
+ * InvalidArgument  factor or value is null
+ */
+KORVEL_API KORVEL_RETURN_CODE KORVEL_Binning_GetBinningX(KORVEL_BINNING_HANDLE binningHandle, uint8_t* factor);
+KORVEL_API KORVEL_RETURN_CODE KORVEL_Binning_GetBinningY(KORVEL_BINNING_HANDLE binningHandle, uint8_t* factor);
+KORVEL_API KORVEL_RETURN_CODE KORVEL_Binning_GetBinningMin(KORVEL_BINNING_HANDLE binningHandle, uint8_t* value);
+KORVEL_API KORVEL_RETURN_CODE KORVEL_Binning_GetBinningMax(KORVEL_BINNING_HANDLE binningHandle, uint8_t* value);
+
+/*
+ * The size of what an image of width by height pixels becomes: each side divided by its factor, and rounded down to
+ * a multiple of 4 (width) and 2 (height), on Bayer formats of 8 and 4. The result is 0 where an image is too small.
+ * Factors that are both 1 are rounded here as well, though KORVEL_Binning_Process then keeps the size.
+ *
+ * InvalidHandle    binningHandle is not known
+ * InvalidArgument  outputWidth or outputHeight is null, or pixelFormat is not supported
+ */
+KORVEL_API KORVEL_RETURN_CODE KORVEL_Binning_ExpectedOutputSize(KORVEL_BINNING_HANDLE binningHandle,
+                                                                size_t* outputWidth, size_t* outputHeight, size_t width,
+                                                                size_t height, uint32_t pixelFormat);
+
+/*
+ * The mode; see KORVEL_BINNING_MODE.
+ *
+ * InvalidHandle    binningHandle is not known
+ * InvalidArgument  mode is null, or *mode is none of the values; the mode stays as it was
+ */
+KORVEL_API KORVEL_RETURN_CODE KORVEL_Binning_SetBinningMode(KORVEL_BINNING_HANDLE binningHandle,
+                                                            const KORVEL_BINNING_MODE* mode);
+KORVEL_API KORVEL_RETURN_CODE KORVEL_Binning_GetBinningMode(KORVEL_BINNING_HANDLE binningHandle,
+                                                            KORVEL_BINNING_MODE* mode);
+
+/*
+ * Whether a format has binning: all formats that are not packed, and RGB10p32, for which
+ * KORVEL_Binning_ExpectedOutputSize answers, though KORVEL_Binning_Process refuses its images as packed. An id that no
+ * format has is not supported.
+ *
+ * InvalidHandle    binningHandle is not known
+ * InvalidArgument  isPixelFormatSupported is null
+ */
+KORVEL_API KORVEL_RETURN_CODE KORVEL_Binning_IsPixelformatSupported(KORVEL_BINNING_HANDLE binningHandle,
+                                                                    uint32_t pixelFormat, bool* isPixelFormatSupported);
+
+/*
+ * Makes a binned image, in memory of the binning object, which takes it back when the new handle is destroyed. With
+ * factors that are both 1 it is a copy. Pixels beyond the last whole block of the rounded size are left out.
+ *
+ * InvalidHandle            binningHandle or imageHandle is not known
+ * InvalidArgument          outputImageHandle is null, or the image is too small for the factors
+ * ImageFormatNotSupported  the image's format is not supported
+ * Error                    the memory can't be had
+ */
+KORVEL_API KORVEL_RETURN_CODE KORVEL_Binning_Process(KORVEL_BINNING_HANDLE binningHandle,
+                                                     KORVEL_IMAGE_HANDLE imageHandle,
+                                                     KORVEL_IMAGE_HANDLE* outputImageHandle);
+
+/*
+ * Ends a handle. Images that the binning object made stay valid.
+ *
+ * InvalidHandle  binningHandle is not known
+ */
+KORVEL_API KORVEL_RETURN_CODE KORVEL_Binning_Destruct(KORVEL_BINNING_HANDLE binningHandle);
+
+/* ------------------------------------------------------------------------------- adaptive hot pixel corrector -- */
+
+/* A position in an image, in pixels from 0 at the top left. */
+typedef struct KORVEL_POINT_2D {
+  size_t x;
+  size_t y;
+} KORVEL_POINT_2D;
+
+/*
+ * Finds isolated bright pixels in raw images and replaces them by the mean of two neighbours. Works on Mono and
+ * unpacked Bayer formats of 8, 10 and 12 bits; in Bayer images, neighbours are those of the pixel's own colour.
+ *
+ * A pixel of value c deviates by 2c - a - b from each pair (a, b) of opposite neighbours: those in its row, in its
+ * column and on both diagonals. It is hot if it is brighter than the mean of each pair, and the square of each
+ * deviation exceeds a threshold of A * c + B. A and B follow from the sensitivity and the gain factor:
+ *
+ *   A = slope * gainFactorPercent / 100                              slope and floor by sensitivity:
+ *   B = floor * gainFactorPercent * gainFactorPercent / 10000          1: 20, 36    2: 6, 25    3: 3, 16
+ *                                                                      4: 2, 9      5: 1, 4
+ *
+ * for 8 bits; for each bit above, A doubles and B quadruples. Products, divisions that truncate, and the threshold are
+ * those of 32-bit integers, which wrap. At the image's border, pairs are completed from inside the image. Mono images
+ * below 2 and Bayer images below 4 pixels in width or height have no hot pixels, and nothing in them is corrected.
+ *
+ * The corrector keeps the list of the last detection, and its memory: 16 bytes for each pixel of the largest image.
+ */
+
+/*
+ * Makes a corrector: sensitivity 3, gain factor 100 percent, an empty list.
+ *
+ * InvalidArgument  adaptiveHotpixelCorrectorHandle is null
+ */
+KORVEL_API KORVEL_RETURN_CODE
+KORVEL_AdaptiveHotpixelCorrector_Construct(KORVEL_ADAPTIVE_HOTPIXEL_CORRECTOR_HANDLE* adaptiveHotpixelCorrectorHandle);
+
+/*
+ * How readily a pixel counts as hot: 1 finds the fewest pixels, 5 the most. Larger numbers are stored and can be read
+ * back, but leave the threshold as it was. Takes effect at the next detection.
+ *
+ * InvalidHandle    adaptiveHotpixelCorrectorHandle is not known
+ * InvalidArgument  the pointer sensitivityLevel is null
+ * Error            the value sensitivityLevel is 0
+ */
+KORVEL_API KORVEL_RETURN_CODE KORVEL_AdaptiveHotpixelCorrector_SetSensitivity(
+    KORVEL_ADAPTIVE_HOTPIXEL_CORRECTOR_HANDLE adaptiveHotpixelCorrectorHandle, uint32_t sensitivityLevel);
+KORVEL_API KORVEL_RETURN_CODE KORVEL_AdaptiveHotpixelCorrector_GetSensitivity(
+    KORVEL_ADAPTIVE_HOTPIXEL_CORRECTOR_HANDLE adaptiveHotpixelCorrectorHandle, uint32_t* sensitivityLevel);
+
+/*
+ * The sensor's gain in percent, which scales the noise that is expected; any value. Takes effect at the next detection.
+ *
+ * InvalidHandle    adaptiveHotpixelCorrectorHandle is not known
+ * InvalidArgument  the pointer gainFactorPercent is null
+ */
+KORVEL_API KORVEL_RETURN_CODE KORVEL_AdaptiveHotpixelCorrector_SetGainFactorPercent(
+    KORVEL_ADAPTIVE_HOTPIXEL_CORRECTOR_HANDLE adaptiveHotpixelCorrectorHandle, uint32_t gainFactorPercent);
+KORVEL_API KORVEL_RETURN_CODE KORVEL_AdaptiveHotpixelCorrector_GetGainFactorPercent(
+    KORVEL_ADAPTIVE_HOTPIXEL_CORRECTOR_HANDLE adaptiveHotpixelCorrectorHandle, uint32_t* gainFactorPercent);
+
+/*
+ * Lists an image's hot pixels, which KORVEL_AdaptiveHotpixelCorrector_GetHotpixels then tells. The image stays as it
+ * is.
+ *
+ * InvalidHandle            adaptiveHotpixelCorrectorHandle or imageHandle is not known
+ * ImageFormatNotSupported  the image is neither Mono nor Bayer, or its format is packed
+ * Error                    the memory can't be had
+ */
+KORVEL_API KORVEL_RETURN_CODE KORVEL_AdaptiveHotpixelCorrector_Detect(
+    KORVEL_ADAPTIVE_HOTPIXEL_CORRECTOR_HANDLE adaptiveHotpixelCorrectorHandle, KORVEL_IMAGE_HANDLE imageHandle);
+
+/*
+ * Tells the hot pixels that the last detection found, row by row from the top, in each row from the left.
+ *
+ * With detectedHotpixels null, writes their number into *detectedHotpixelsSize. Otherwise *detectedHotpixelsSize tells
+ * how many elements the array has, and is set to that number. KORVEL_AdaptiveHotpixelCorrector_Correct puts its own
+ * list in place of the detected one while the number stays; the elements are then those of that list, as far as the
+ * array has room.
+ *
+ * InvalidHandle    adaptiveHotpixelCorrectorHandle is not known
+ * InvalidArgument  detectedHotpixelsSize is null
+ * BufferToSmall    the array is too small; *detectedHotpixelsSize stays as it was
+ */
+KORVEL_API KORVEL_RETURN_CODE
+KORVEL_AdaptiveHotpixelCorrector_GetHotpixels(KORVEL_ADAPTIVE_HOTPIXEL_CORRECTOR_HANDLE adaptiveHotpixelCorrectorHandle,
+                                              KORVEL_POINT_2D* detectedHotpixels, size_t* detectedHotpixelsSize);
+
+/*
+ * Corrects the listed pixels of an image in a copy of it, a new image. A pixel takes the mean of that pair of its
+ * neighbours from which it deviates least, rounded towards its old value, if it is brighter than the mean of each pair
+ * or darker than the mean of each pair, and keeps its value otherwise. Pixels are corrected in the order of the list,
+ * so that a later one sees the new values of earlier ones. Positions outside the image are skipped.
+ *
+ * With detectedHotpixelsSize 0 nothing is done or checked, outputImageHandle is not written, and the call succeeds.
+ * Otherwise the list takes the place of the corrector's own, also in a call that fails on the image's format.
+ *
+ * InvalidHandle            adaptiveHotpixelCorrectorHandle or imageHandle is not known
+ * InvalidArgument          detectedHotpixels or outputImageHandle is null
+ * ImageFormatNotSupported  the image is neither Mono nor Bayer, or its format is packed
+ * Error                    the memory can't be had
+ */
+KORVEL_API KORVEL_RETURN_CODE KORVEL_AdaptiveHotpixelCorrector_Correct(
+    KORVEL_ADAPTIVE_HOTPIXEL_CORRECTOR_HANDLE adaptiveHotpixelCorrectorHandle, KORVEL_IMAGE_HANDLE imageHandle,
+    const KORVEL_POINT_2D* detectedHotpixels, size_t detectedHotpixelsSize, KORVEL_IMAGE_HANDLE* outputImageHandle);
+
+/*
+ * Detects an image's hot pixels and corrects them in a copy of it, a new image; see
+ * KORVEL_AdaptiveHotpixelCorrector_Detect and KORVEL_AdaptiveHotpixelCorrector_Correct.
+ *
+ * InvalidHandle            adaptiveHotpixelCorrectorHandle or imageHandle is not known
+ * InvalidArgument          outputImageHandle is null
+ * ImageFormatNotSupported  the image is neither Mono nor Bayer, or its format is packed
+ * Error                    the memory can't be had
+ */
+KORVEL_API KORVEL_RETURN_CODE KORVEL_AdaptiveHotpixelCorrector_CorrectAdaptive(
+    KORVEL_ADAPTIVE_HOTPIXEL_CORRECTOR_HANDLE adaptiveHotpixelCorrectorHandle, KORVEL_IMAGE_HANDLE imageHandle,
+    KORVEL_IMAGE_HANDLE* outputImageHandle);
+
+/*
+ * Ends a handle. Images that the corrector made stay valid.
+ *
+ * InvalidHandle  adaptiveHotpixelCorrectorHandle is not known
+ */
+KORVEL_API KORVEL_RETURN_CODE
+KORVEL_AdaptiveHotpixelCorrector_Destruct(KORVEL_ADAPTIVE_HOTPIXEL_CORRECTOR_HANDLE adaptiveHotpixelCorrectorHandle);
+
+/* ------------------------------------------------------------------------------------------- image transformer -- */
+
+/* The angles of a rotation, in degrees. */
+typedef uint32_t KORVEL_ROTATION_ANGLE;
+
+enum {
+  KORVEL_ROTATION_ANGLE_Degree90 = 90, /* counter-clockwise */
+  KORVEL_ROTATION_ANGLE_Degree180 = 180,
+  KORVEL_ROTATION_ANGLE_Degree270 = 270 /* a quarter turn clockwise */
+};
+
+/*
+ * Mirrors and rotates images of every format that isn't packed. Pixels are moved as they are. A Bayer image becomes one
+ * of the Bayer format that fits its new top left corner: BayerRG8 of even width, mirrored left to right, is BayerGR8.
+ */
+
+/*
+ * Makes a transformer. It keeps the memory of images that it made and that were destroyed, so that transforming a
+ * stream of like images takes no new memory for pixels.
+ *
+ * InvalidArgument  imageTransformerHandle is null
+ */
+KORVEL_API KORVEL_RETURN_CODE
+KORVEL_ImageTransformer_Construct(KORVEL_IMAGE_TRANSFORMER_HANDLE* imageTransformerHandle);
+
+/*
+ * Mirrors an image into a new one: UpDown exchanges top and bottom, LeftRight left and right, UpDownLeftRight both.
+ *
+ * InvalidHandle            imageTransformerHandle or imageHandle is not known
+ * ImageFormatNotSupported  the image's format is packed
+ * InvalidArgument          outputImageHandle is null
+ * Error                    the memory can't be had
+ */
+KORVEL_API KORVEL_RETURN_CODE
+KORVEL_ImageTransformer_MirrorUpDown(KORVEL_IMAGE_TRANSFORMER_HANDLE imageTransformerHandle,
+                                     KORVEL_IMAGE_HANDLE imageHandle, KORVEL_IMAGE_HANDLE* outputImageHandle);
+KORVEL_API KORVEL_RETURN_CODE
+KORVEL_ImageTransformer_MirrorLeftRight(KORVEL_IMAGE_TRANSFORMER_HANDLE imageTransformerHandle,
+                                        KORVEL_IMAGE_HANDLE imageHandle, KORVEL_IMAGE_HANDLE* outputImageHandle);
+KORVEL_API KORVEL_RETURN_CODE
+KORVEL_ImageTransformer_MirrorUpDownLeftRight(KORVEL_IMAGE_TRANSFORMER_HANDLE imageTransformerHandle,
+                                              KORVEL_IMAGE_HANDLE imageHandle, KORVEL_IMAGE_HANDLE* outputImageHandle);
+
+/*
+ * Mirrors an image in its own memory. The handle stays; the format that it tells may change.
+ *
+ * InvalidHandle            imageTransformerHandle or imageHandle is not known
+ * ImageFormatNotSupported  the image's format is packed
+ */
+KORVEL_API KORVEL_RETURN_CODE KORVEL_ImageTransformer_MirrorUpDownInPlace(
+    KORVEL_IMAGE_TRANSFORMER_HANDLE imageTransformerHandle, KORVEL_IMAGE_HANDLE imageHandle);
+KORVEL_API KORVEL_RETURN_CODE KORVEL_ImageTransformer_MirrorLeftRightInPlace(
+    KORVEL_IMAGE_TRANSFORMER_HANDLE imageTransformerHandle, KORVEL_IMAGE_HANDLE imageHandle);
+KORVEL_API KORVEL_RETURN_CODE KORVEL_ImageTransformer_MirrorUpDownLeftRightInPlace(
+    KORVEL_IMAGE_TRANSFORMER_HANDLE imageTransformerHandle, KORVEL_IMAGE_HANDLE imageHandle);
+
+/*
+ * Rotates an image into a new one; a quarter turn exchanges width and height. See KORVEL_ROTATION_ANGLE for angle, of
+ * which the low 16 bits count.
+ *
+ * InvalidHandle            imageTransformerHandle or imageHandle is not known
+ * ImageFormatNotSupported  the image's format is packed
+ * InvalidArgument          outputImageHandle is null
+ * Error                    angle is none of the three, or the memory can't be had
+ */
+KORVEL_API KORVEL_RETURN_CODE KORVEL_ImageTransformer_Rotate(KORVEL_IMAGE_TRANSFORMER_HANDLE imageTransformerHandle,
+                                                             KORVEL_IMAGE_HANDLE imageHandle,
+                                                             KORVEL_IMAGE_HANDLE* outputImageHandle, uint32_t angle);
+
+/*
+ * Rotates an image in its own memory. The handle stays; format, width and height that it tells may change. A quarter
+ * turn takes memory of the image's size for the time of the call.
+ *
+ * InvalidHandle            imageTransformerHandle or imageHandle is not known
+ * ImageFormatNotSupported  the image's format is packed
+ * Error                    angle is none of the three, or the memory can't be had
+ */
+KORVEL_API KORVEL_RETURN_CODE KORVEL_ImageTransformer_RotateInPlace(
+    KORVEL_IMAGE_TRANSFORMER_HANDLE imageTransformerHandle, KORVEL_IMAGE_HANDLE imageHandle, uint32_t angle);
+
+/*
+ * Ends a handle. Images that the transformer made stay valid.
+ *
+ * InvalidHandle  imageTransformerHandle is not known
+ */
+KORVEL_API KORVEL_RETURN_CODE KORVEL_ImageTransformer_Destruct(KORVEL_IMAGE_TRANSFORMER_HANDLE imageTransformerHandle);
+
+/* --------------------------------------------------------------------------------------------------- histogram -- */
+
+/*
+ * Counts the values of an image of a format that isn't packed, for each channel: one for Mono and for Bayer, whose
+ * colours are counted together; three or four for colour, in the order of the format's name. The image isn't kept.
+ * Several threads may read one histogram.
+ *
+ * InvalidHandle            imageHandle is not known
+ * ImageFormatNotSupported  the image's format is packed
+ * InvalidArgument          histogramHandle is null
+ * Error                    the image has pixels of KORVEL_PIXEL_FORMAT_Invalid, or the memory can't be had
+ */
+KORVEL_API KORVEL_RETURN_CODE KORVEL_Histogram_Construct(KORVEL_IMAGE_HANDLE imageHandle,
+                                                         KORVEL_HISTOGRAM_HANDLE* histogramHandle);
+
+/*
+ * Format of the image that was measured, and its channels.
+ *
+ * InvalidHandle    histogramHandle is not known
+ * InvalidArgument  the result pointer is null
+ */
+KORVEL_API KORVEL_RETURN_CODE KORVEL_Histogram_GetPixelFormat(KORVEL_HISTOGRAM_HANDLE histogramHandle,
+                                                              uint32_t* pixelFormat);
+KORVEL_API KORVEL_RETURN_CODE KORVEL_Histogram_GetNumChannels(KORVEL_HISTOGRAM_HANDLE histogramHandle,
+                                                              size_t* numChannels);
+
+/*
+ * Sum and number of a channel's values. channelIndex is from 0.
+ *
+ * InvalidHandle    histogramHandle is not known
+ * InvalidArgument  the result pointer is null
+ * OutOfRange       the histogram has no such channel
+ */
+KORVEL_API KORVEL_RETURN_CODE KORVEL_Histogram_GetPixelSumForChannel(KORVEL_HISTOGRAM_HANDLE histogramHandle,
+                                                                     size_t channelIndex, uint64_t* pixelSum);
+KORVEL_API KORVEL_RETURN_CODE KORVEL_Histogram_GetPixelCountForChannel(KORVEL_HISTOGRAM_HANDLE histogramHandle,
+                                                                       size_t channelIndex, uint64_t* pixelCount);
+
+/*
+ * How often each value occurs in a channel: 256, 1024 or 4096 bins by the format's depth. A stored value above the
+ * maximum of the depth counts in the last bin.
+ *
+ * With bins null, writes the number of bins into *binsSize. Otherwise *binsSize tells how many elements the array has,
+ * and is set to the number written.
+ *
+ * InvalidHandle    histogramHandle is not known
+ * InvalidArgument  binsSize is null
+ * OutOfRange       the histogram has no such channel
+ * BufferToSmall    the array is too small; *binsSize stays as it was
+ */
+KORVEL_API KORVEL_RETURN_CODE KORVEL_Histogram_GetBinsForChannel(KORVEL_HISTOGRAM_HANDLE histogramHandle,
+                                                                 size_t channelIndex, uint64_t* bins, size_t* binsSize);
+
+/*
+ * Ends a handle.
+ *
+ * InvalidHandle  histogramHandle is not known
+ */
+KORVEL_API KORVEL_RETURN_CODE KORVEL_Histogram_Destruct(KORVEL_HISTOGRAM_HANDLE histogramHandle);
+
+/* -------------------------------------------------------------------------------------------------- pixel line -- */
+
+/* Which line of an image is meant. Any number above 1 means a column, too. */
+typedef uint32_t KORVEL_ORIENTATION;
+
+enum {
+  KORVEL_ORIENTATION_Horizontal = 0, /* a row */
+  KORVEL_ORIENTATION_Vertical = 1    /* a column */
+};
+
+/*
+ * Copies the values of one row or column, whose number is offset, of an image of a format that isn't packed, for each
+ * channel: one for Mono and for Bayer, three or four for colour, in the order of the format's name. The image isn't
+ * kept. Several threads may read one line.
+ *
+ * An offset just past the last row or column gives a line without values, and so does any offset outside the image with
+ * an orientation above 1.
+ *
+ * InvalidHandle            imageHandle is not known
+ * ImageFormatNotSupported  the image's format is packed
+ * InvalidArgument          pixelLineHandle is null
+ * OutOfRange               offset exceeds the height (Horizontal) or the width (Vertical)
+ * Error                    the line has pixels of KORVEL_PIXEL_FORMAT_Invalid, or the memory can't be had
+ */
+KORVEL_API KORVEL_RETURN_CODE KORVEL_PixelLine_Construct(KORVEL_IMAGE_HANDLE imageHandle, uint32_t orientation,
+                                                         size_t offset, KORVEL_PIXEL_LINE_HANDLE* pixelLineHandle);
+
+/*
+ * Format of the image that was measured, which line it was, and the channels. The orientation is told as 0 or 1.
+ *
+ * InvalidHandle    pixelLineHandle is not known
+ * InvalidArgument  the result pointer is null
+ */
+KORVEL_API KORVEL_RETURN_CODE KORVEL_PixelLine_GetPixelFormat(KORVEL_PIXEL_LINE_HANDLE pixelLineHandle,
+                                                              uint32_t* pixelFormat);
+KORVEL_API KORVEL_RETURN_CODE KORVEL_PixelLine_GetOrientation(KORVEL_PIXEL_LINE_HANDLE pixelLineHandle,
+                                                              uint32_t* orientation);
+KORVEL_API KORVEL_RETURN_CODE KORVEL_PixelLine_GetOffset(KORVEL_PIXEL_LINE_HANDLE pixelLineHandle, size_t* offset);
+KORVEL_API KORVEL_RETURN_CODE KORVEL_PixelLine_GetNumChannels(KORVEL_PIXEL_LINE_HANDLE pixelLineHandle,
+                                                              size_t* numChannels);
+
+/*
+ * A channel's values as they are stored, along the line. channelIndex is from 0.
+ *
+ * With values null, writes their number into *valuesSize. Otherwise *valuesSize tells how many elements the array has,
+ * and is set to the number written.
+ *
+ * InvalidHandle    pixelLineHandle is not known
+ * InvalidArgument  valuesSize is null
+ * OutOfRange       the line has no such channel
+ * BufferToSmall    the array is too small; *valuesSize stays as it was
+ */
+KORVEL_API KORVEL_RETURN_CODE KORVEL_PixelLine_GetValuesForChannel(KORVEL_PIXEL_LINE_HANDLE pixelLineHandle,
+                                                                   size_t channelIndex, uint32_t* values,
+                                                                   size_t* valuesSize);
+
+/*
+ * Ends a handle.
+ *
+ * InvalidHandle  pixelLineHandle is not known
+ */
+KORVEL_API KORVEL_RETURN_CODE KORVEL_PixelLine_Destruct(KORVEL_PIXEL_LINE_HANDLE pixelLineHandle);
+
 /* ------------------------------------------------------------------------------------------------- image files -- */
 
 /*
@@ -473,9 +1149,9 @@ KORVEL_API KORVEL_RETURN_CODE KORVEL_ImageWriter_Write(KORVEL_IMAGE_HANDLE input
  * RAW file a Bayer image can be asked for as the mono format of its depth and packing, and the image still has the
  * file's format. The format that the file holds can always be asked for.
  *
- * A file is never trusted: whatever it holds, the answer is an image or a failure. Sizes are checked against the file as
- * far as its type allows, and against the limit of all images, before memory is taken. Anything but a regular file is
- * answered like a file that can't be opened.
+ * A file is never trusted: whatever it holds, the answer is an image or a failure. Sizes are checked against the file
+ * as far as its type allows, and against the limit of all images, before memory is taken. Anything but a regular file
+ * is answered like a file that can't be opened.
  *
  * InvalidArgument                 filePath or outputImageHandle is null or filePathSize is 0
  * Io                              the ending is not known, or the file can't be opened, is damaged, cut short or larger

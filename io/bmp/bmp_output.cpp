@@ -4,9 +4,9 @@
 #include <vector>
 
 #include "core/channel_accessor.h"
+#include "core/image_lines.h"
 #include "io/bmp/bmp_writer.h"
 #include "io/file_output.h"
-#include "io/image_lines.h"
 
 namespace img::io::bmp {
 namespace {
@@ -57,8 +57,9 @@ class BMPOutput final : public FileOutput<formatId, BMPParameter> {
   void OutRaw(const TImage<formatId>& image) const override {
     BMPWriter writer(BMPHeader::imgToHeader(image), this->Path());
     std::vector<uint8_t> swapped(SwapsRedAndBlue(formatId) ? image.LineByteCount() : 0);
+    const auto lines = LinesOf(image);
     for (size_t y = image.Area().size.height; y > 0; --y) {
-      const uint8_t* line = LineOf(image, y - 1);
+      const uint8_t* line = lines[y - 1];
       if constexpr (SwapsRedAndBlue(formatId)) {
         SwapRedAndBlue<formatId>(line, swapped.size(), swapped.data());
         line = swapped.data();

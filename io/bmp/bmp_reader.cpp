@@ -2,8 +2,8 @@
 
 #include <limits>
 
+#include "core/image_lines.h"
 #include "io/bmp/bmp_header.h"
-#include "io/image_lines.h"
 #include "io/input_file.h"
 #include "io/io_failure.h"
 #include "io/read_image.h"
@@ -63,9 +63,10 @@ std::unique_ptr<IfcImage> BMPReader::readImage(const std::string& path, buffer::
   std::unique_ptr<IfcImage> image = AllocImage(bufferFactory, format, size);
   if (!image) return nullptr;
   uint8_t paddingBytes[3];
+  const auto lines = LinesOf(*image);
   for (size_t i = 0; i < size.height; ++i) {
     if (i != 0) Require(file.Read(paddingBytes, padding));
-    Require(file.Read(LineOf(*image, isTopDown ? i : size.height - 1 - i), lineByteCount));
+    Require(file.Read(lines[isTopDown ? i : size.height - 1 - i], lineByteCount));
   }
   return image;
 }

@@ -1,6 +1,6 @@
 #include "io/jpeg/jpeg_reader.h"
 
-#include "io/image_lines.h"
+#include "core/image_lines.h"
 #include "io/input_file.h"
 #include "io/io_failure.h"
 #include "io/jpeg/jpeg_errors.h"
@@ -83,8 +83,9 @@ std::unique_ptr<IfcImage> JPEGReader::readImage(const std::string& path, buffer:
   }
   std::unique_ptr<IfcImage> image = AllocImage(bufferFactory, format, Size2D{cinfo.output_width, cinfo.output_height});
   if (!image) return nullptr;
+  const auto lines = LinesOf(*image);
   while (cinfo.output_scanline < cinfo.output_height) {
-    JSAMPROW line = LineOf(*image, cinfo.output_scanline);
+    JSAMPROW line = lines[cinfo.output_scanline];
     jpeg_read_scanlines(&cinfo, &line, 1);
   }
   jpeg_finish_decompress(&cinfo);

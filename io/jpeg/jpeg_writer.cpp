@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <limits>
 
-#include "io/image_lines.h"
+#include "core/image_lines.h"
 #include "io/io_failure.h"
 #include "io/jpeg/jpeg_errors.h"
 #include "io/jpeg/jpeg_header.h"
@@ -56,9 +56,10 @@ void JPEGWriter::writeImage(const std::string& path, const IfcImage& image, cons
   constexpr uint32_t kBestQuality = 100;
   jpeg_set_quality(&cinfo, static_cast<int>(std::min(parameter.quality, kBestQuality)), FALSE);
   jpeg_start_compress(&cinfo, TRUE);
+  const auto lines = LinesOf(image);
   while (cinfo.next_scanline < cinfo.image_height) {
     // libjpeg only reads the line, though its declaration doesn't say so.
-    JSAMPROW line = const_cast<JSAMPROW>(LineOf(image, cinfo.next_scanline));
+    JSAMPROW line = const_cast<JSAMPROW>(lines[cinfo.next_scanline]);
     jpeg_write_scanlines(&cinfo, &line, 1);
   }
   jpeg_finish_compress(&cinfo);

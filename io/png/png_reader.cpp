@@ -4,7 +4,7 @@
 
 #include <array>
 
-#include "io/image_lines.h"
+#include "core/image_lines.h"
 #include "io/input_file.h"
 #include "io/io_failure.h"
 #include "io/png/png_header.h"
@@ -103,8 +103,9 @@ void StartRows(Reading& reading) {
 }
 
 void ReadRows(Reading& reading) {
+  const auto lines = LinesOf(*reading.image);
   for (int pass = 0; pass < reading.passes; ++pass) {
-    for (size_t y = 0; y < reading.header.height; ++y) png_read_row(reading.png, LineOf(*reading.image, y), nullptr);
+    for (size_t y = 0; y < reading.header.height; ++y) png_read_row(reading.png, lines[y], nullptr);
   }
   png_read_end(reading.png, nullptr);
 }

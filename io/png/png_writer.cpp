@@ -2,7 +2,7 @@
 
 #include <png.h>
 
-#include "io/image_lines.h"
+#include "core/image_lines.h"
 #include "io/io_failure.h"
 #include "io/output_file.h"
 #include "io/png/png_header.h"
@@ -81,7 +81,8 @@ void WriteInfo(Writing& writing) {
 }
 
 void WriteRows(Writing& writing) {
-  for (size_t y = 0; y < writing.header.height; ++y) png_write_row(writing.png, LineOf(writing.image, y));
+  const auto lines = LinesOf(writing.image);
+  for (size_t y = 0; y < writing.header.height; ++y) png_write_row(writing.png, lines[y]);
   png_write_end(writing.png, writing.info);
 }
 

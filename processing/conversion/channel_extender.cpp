@@ -3,7 +3,7 @@
 #include <type_traits>
 
 #include "core/channel_accessor.h"
-#include "processing/conversion/unaligned.h"
+#include "processing/unaligned.h"
 
 namespace img::processing {
 namespace {

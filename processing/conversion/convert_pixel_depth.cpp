@@ -3,8 +3,8 @@
 #include <type_traits>
 
 #include "core/channel_accessor.h"
-#include "processing/conversion/unaligned.h"
 #include "processing/pair_signature.h"
+#include "processing/unaligned.h"
 #include "status/ensure.h"
 
 namespace img::processing {

@@ -3,8 +3,8 @@
 #include <string>
 #include <type_traits>
 
-#include "processing/conversion/unaligned.h"
 #include "processing/pair_signature.h"
+#include "processing/unaligned.h"
 #include "status/exceptions.h"
 
 namespace img::processing {

@@ -12,31 +12,44 @@
 
 namespace {
 
+using korvel_test::ExportedAdaptiveHotpixelCorrector;
+using korvel_test::ExportedBinning;
+using korvel_test::ExportedColorCorrector;
 using korvel_test::ExportedConverter;
+using korvel_test::ExportedGain;
+using korvel_test::ExportedGammaCorrector;
 using korvel_test::ExportedImage;
+using korvel_test::ExportedTransformer;
 using korvel_test::LastError;
 using korvel_test::ReadLastError;
 
 uint32_t anInt = 0;
 size_t aSize = 0;
 uint8_t aByte = 0;
+const KORVEL_POINT_2D aPoint{};
 KORVEL_IMAGE_HANDLE anImage = nullptr;
 KORVEL_IMAGE_CONVERTER_HANDLE aConverter = nullptr;
+KORVEL_GAIN_HANDLE aGain = nullptr;
+KORVEL_GAMMA_CORRECTOR_HANDLE aGammaCorrector = nullptr;
+KORVEL_COLOR_CORRECTOR_HANDLE aColorCorrector = nullptr;
+KORVEL_BINNING_HANDLE aBinning = nullptr;
+KORVEL_ADAPTIVE_HOTPIXEL_CORRECTOR_HANDLE aHotpixelCorrector = nullptr;
+KORVEL_IMAGE_TRANSFORMER_HANDLE aTransformer = nullptr;
+KORVEL_HISTOGRAM_HANDLE aHistogram = nullptr;
+KORVEL_PIXEL_LINE_HANDLE aLine = nullptr;
 
-using ImageCall = std::function<KORVEL_RETURN_CODE(KORVEL_IMAGE_HANDLE)>;
-using ConverterCall = std::function<KORVEL_RETURN_CODE(KORVEL_IMAGE_CONVERTER_HANDLE)>;
 using Call = std::function<KORVEL_RETURN_CODE()>;
 
-template <class HandleCall>
+template <class Handle>
 struct TakesHandle {
   const char* argument;
-  HandleCall call;
+  std::function<KORVEL_RETURN_CODE(Handle)> call;
 };
 
 constexpr uint32_t kMono8 = KORVEL_PIXEL_FORMAT_Mono8;
 
 // Every function with an image handle, and as many of its pointers as may be null at once: the handle is told first.
-const std::vector<TakesHandle<ImageCall>> kImageCalls = {
+const std::vector<TakesHandle<KORVEL_IMAGE_HANDLE>> kImageCalls = {
     {"imageHandle", [](auto image) { return KORVEL_Image_GetWidth(image, nullptr); }},
     {"imageHandle", [](auto image) { return KORVEL_Image_GetHeight(image, nullptr); }},
     {"imageHandle", [](auto image) { return KORVEL_Image_GetByteCount(image, nullptr); }},
@@ -55,9 +68,35 @@ const std::vector<TakesHandle<ImageCall>> kImageCalls = {
     {"inputImageHandle", [](auto image) { return KORVEL_ImageConverter_Convert(aConverter, image, 77, nullptr); }},
     {"inputImageHandle",
      [](auto image) { return KORVEL_ImageConverter_ConvertToBuffer(aConverter, image, 77, nullptr, 0, nullptr); }},
+    {"imageHandle", [](auto image) { return KORVEL_Gain_Process(aGain, image, nullptr); }},
+    {"imageHandle", [](auto image) { return KORVEL_Gain_ProcessInPlace(aGain, image); }},
+    {"imageHandle", [](auto image) { return KORVEL_GammaCorrector_Process(aGammaCorrector, image, nullptr); }},
+    {"imageHandle", [](auto image) { return KORVEL_GammaCorrector_ProcessInPlace(aGammaCorrector, image); }},
+    {"imageHandle", [](auto image) { return KORVEL_ColorCorrector_Process(aColorCorrector, image, nullptr); }},
+    {"imageHandle", [](auto image) { return KORVEL_ColorCorrector_ProcessInPlace(aColorCorrector, image); }},
+    {"imageHandle", [](auto image) { return KORVEL_Binning_Process(aBinning, image, nullptr); }},
+    {"imageHandle", [](auto image) { return KORVEL_AdaptiveHotpixelCorrector_Detect(aHotpixelCorrector, image); }},
+    {"imageHandle",
+     [](auto image) {
+       return KORVEL_AdaptiveHotpixelCorrector_Correct(aHotpixelCorrector, image, nullptr, 1, nullptr);
+     }},
+    {"imageHandle",
+     [](auto image) { return KORVEL_AdaptiveHotpixelCorrector_CorrectAdaptive(aHotpixelCorrector, image, nullptr); }},
+    {"imageHandle", [](auto image) { return KORVEL_ImageTransformer_MirrorUpDown(aTransformer, image, nullptr); }},
+    {"imageHandle", [](auto image) { return KORVEL_ImageTransformer_MirrorLeftRight(aTransformer, image, nullptr); }},
+    {"imageHandle",
+     [](auto image) { return KORVEL_ImageTransformer_MirrorUpDownLeftRight(aTransformer, image, nullptr); }},
+    {"imageHandle", [](auto image) { return KORVEL_ImageTransformer_MirrorUpDownInPlace(aTransformer, image); }},
+    {"imageHandle", [](auto image) { return KORVEL_ImageTransformer_MirrorLeftRightInPlace(aTransformer, image); }},
+    {"imageHandle",
+     [](auto image) { return KORVEL_ImageTransformer_MirrorUpDownLeftRightInPlace(aTransformer, image); }},
+    {"imageHandle", [](auto image) { return KORVEL_ImageTransformer_Rotate(aTransformer, image, nullptr, 45); }},
+    {"imageHandle", [](auto image) { return KORVEL_ImageTransformer_RotateInPlace(aTransformer, image, 45); }},
+    {"imageHandle", [](auto image) { return KORVEL_Histogram_Construct(image, nullptr); }},
+    {"imageHandle", [](auto image) { return KORVEL_PixelLine_Construct(image, 0, 9, nullptr); }},
 };
 
-const std::vector<TakesHandle<ConverterCall>> kConverterCalls = {
+const std::vector<TakesHandle<KORVEL_IMAGE_CONVERTER_HANDLE>> kConverterCalls = {
     {"imageConverterHandle",
      [](auto converter) { return KORVEL_ImageConverter_PreAllocateConversion(converter, 77, 78, 0, 0, 0); }},
     {"imageConverterHandle",
@@ -72,6 +111,135 @@ const std::vector<TakesHandle<ConverterCall>> kConverterCalls = {
     {"imageConverterHandle",
      [](auto converter) { return KORVEL_ImageConverter_ConvertToBuffer(converter, nullptr, 77, nullptr, 0, nullptr); }},
     {"imageConverterHandle", [](auto converter) { return KORVEL_ImageConverter_Destruct(converter); }},
+};
+
+const std::vector<TakesHandle<KORVEL_GAIN_HANDLE>> kGainCalls = {
+    {"gainHandle", [](auto gain) { return KORVEL_Gain_SetMasterGainValue(gain, nullptr); }},
+    {"gainHandle", [](auto gain) { return KORVEL_Gain_SetRedGainValue(gain, nullptr); }},
+    {"gainHandle", [](auto gain) { return KORVEL_Gain_SetGreenGainValue(gain, nullptr); }},
+    {"gainHandle", [](auto gain) { return KORVEL_Gain_SetBlueGainValue(gain, nullptr); }},
+    {"gainHandle", [](auto gain) { return KORVEL_Gain_GetMasterGainValue(gain, nullptr); }},
+    {"gainHandle", [](auto gain) { return KORVEL_Gain_GetRedGainValue(gain, nullptr); }},
+    {"gainHandle", [](auto gain) { return KORVEL_Gain_GetGreenGainValue(gain, nullptr); }},
+    {"gainHandle", [](auto gain) { return KORVEL_Gain_GetBlueGainValue(gain, nullptr); }},
+    {"gainHandle", [](auto gain) { return KORVEL_Gain_GetMasterGainMin(gain, nullptr); }},
+    {"gainHandle", [](auto gain) { return KORVEL_Gain_GetRedGainMin(gain, nullptr); }},
+    {"gainHandle", [](auto gain) { return KORVEL_Gain_GetGreenGainMin(gain, nullptr); }},
+    {"gainHandle", [](auto gain) { return KORVEL_Gain_GetBlueGainMin(gain, nullptr); }},
+    {"gainHandle", [](auto gain) { return KORVEL_Gain_GetMasterGainMax(gain, nullptr); }},
+    {"gainHandle", [](auto gain) { return KORVEL_Gain_GetRedGainMax(gain, nullptr); }},
+    {"gainHandle", [](auto gain) { return KORVEL_Gain_GetGreenGainMax(gain, nullptr); }},
+    {"gainHandle", [](auto gain) { return KORVEL_Gain_GetBlueGainMax(gain, nullptr); }},
+    {"gainHandle", [](auto gain) { return KORVEL_Gain_GetIsPixelFormatSupported(gain, 77, nullptr); }},
+    {"gainHandle", [](auto gain) { return KORVEL_Gain_Process(gain, nullptr, nullptr); }},
+    {"gainHandle", [](auto gain) { return KORVEL_Gain_ProcessInPlace(gain, nullptr); }},
+    // Intended: this function speaks of a colour corrector.
+    {"colorCorrectorHandle", [](auto gain) { return KORVEL_Gain_Destruct(gain); }},
+};
+
+// Intended: "gammaCorrector" where a function is about the value alone.
+const std::vector<TakesHandle<KORVEL_GAMMA_CORRECTOR_HANDLE>> kGammaCorrectorCalls = {
+    {"gammaCorrector",
+     [](auto corrector) { return KORVEL_GammaCorrector_SetGammaCorrectionValue(corrector, nullptr); }},
+    {"gammaCorrector",
+     [](auto corrector) { return KORVEL_GammaCorrector_GetGammaCorrectionValue(corrector, nullptr); }},
+    {"gammaCorrector", [](auto corrector) { return KORVEL_GammaCorrector_GetGammaCorrectionMin(corrector, nullptr); }},
+    {"gammaCorrector", [](auto corrector) { return KORVEL_GammaCorrector_GetGammaCorrectionMax(corrector, nullptr); }},
+    {"gammaCorrectorHandle",
+     [](auto corrector) { return KORVEL_GammaCorrector_GetIsPixelFormatSupported(corrector, 77, nullptr); }},
+    {"gammaCorrectorHandle", [](auto corrector) { return KORVEL_GammaCorrector_Process(corrector, nullptr, nullptr); }},
+    {"gammaCorrectorHandle", [](auto corrector) { return KORVEL_GammaCorrector_ProcessInPlace(corrector, nullptr); }},
+    {"gammaCorrectorHandle", [](auto corrector) { return KORVEL_GammaCorrector_Destruct(corrector); }},
+};
+
+// Intended: "colorCorrector" where a function is about the factors alone.
+const std::vector<TakesHandle<KORVEL_COLOR_CORRECTOR_HANDLE>> kColorCorrectorCalls = {
+    {"colorCorrector",
+     [](auto corrector) { return KORVEL_ColorCorrector_SetColorCorrectionFactors(corrector, nullptr); }},
+    {"colorCorrector",
+     [](auto corrector) { return KORVEL_ColorCorrector_GetColorCorrectionFactors(corrector, nullptr, nullptr); }},
+    {"colorCorrectorHandle",
+     [](auto corrector) { return KORVEL_ColorCorrector_GetIsPixelFormatSupported(corrector, 77, nullptr); }},
+    {"colorCorrectorHandle", [](auto corrector) { return KORVEL_ColorCorrector_Process(corrector, nullptr, nullptr); }},
+    {"colorCorrectorHandle", [](auto corrector) { return KORVEL_ColorCorrector_ProcessInPlace(corrector, nullptr); }},
+    {"colorCorrectorHandle", [](auto corrector) { return KORVEL_ColorCorrector_Destruct(corrector); }},
+};
+
+const std::vector<TakesHandle<KORVEL_BINNING_HANDLE>> kBinningCalls = {
+    {"binningHandle", [](auto binning) { return KORVEL_Binning_SetBinningX(binning, nullptr); }},
+    {"binningHandle", [](auto binning) { return KORVEL_Binning_SetBinningY(binning, nullptr); }},
+    {"binningHandle", [](auto binning) { return KORVEL_Binning_GetBinningX(binning, nullptr); }},
+    {"binningHandle", [](auto binning) { return KORVEL_Binning_GetBinningY(binning, nullptr); }},
+    {"binningHandle", [](auto binning) { return KORVEL_Binning_GetBinningMin(binning, nullptr); }},
+    {"binningHandle", [](auto binning) { return KORVEL_Binning_GetBinningMax(binning, nullptr); }},
+    {"binningHandle",
+     [](auto binning) { return KORVEL_Binning_ExpectedOutputSize(binning, nullptr, nullptr, 0, 0, 77); }},
+    {"binningHandle", [](auto binning) { return KORVEL_Binning_SetBinningMode(binning, nullptr); }},
+    {"binningHandle", [](auto binning) { return KORVEL_Binning_GetBinningMode(binning, nullptr); }},
+    {"binningHandle", [](auto binning) { return KORVEL_Binning_IsPixelformatSupported(binning, 77, nullptr); }},
+    {"binningHandle", [](auto binning) { return KORVEL_Binning_Process(binning, nullptr, nullptr); }},
+    {"binningHandle", [](auto binning) { return KORVEL_Binning_Destruct(binning); }},
+};
+
+const std::vector<TakesHandle<KORVEL_ADAPTIVE_HOTPIXEL_CORRECTOR_HANDLE>> kHotpixelCorrectorCalls = {
+    {"adaptiveHotpixelCorrectorHandle",
+     [](auto corrector) { return KORVEL_AdaptiveHotpixelCorrector_SetSensitivity(corrector, 0); }},
+    {"adaptiveHotpixelCorrectorHandle",
+     [](auto corrector) { return KORVEL_AdaptiveHotpixelCorrector_GetSensitivity(corrector, nullptr); }},
+    {"adaptiveHotpixelCorrectorHandle",
+     [](auto corrector) { return KORVEL_AdaptiveHotpixelCorrector_SetGainFactorPercent(corrector, 0); }},
+    {"adaptiveHotpixelCorrectorHandle",
+     [](auto corrector) { return KORVEL_AdaptiveHotpixelCorrector_GetGainFactorPercent(corrector, nullptr); }},
+    {"adaptiveHotpixelCorrectorHandle",
+     [](auto corrector) { return KORVEL_AdaptiveHotpixelCorrector_Detect(corrector, nullptr); }},
+    {"adaptiveHotpixelCorrectorHandle",
+     [](auto corrector) { return KORVEL_AdaptiveHotpixelCorrector_GetHotpixels(corrector, nullptr, nullptr); }},
+    {"adaptiveHotpixelCorrectorHandle",
+     [](auto corrector) { return KORVEL_AdaptiveHotpixelCorrector_Correct(corrector, nullptr, nullptr, 1, nullptr); }},
+    {"adaptiveHotpixelCorrectorHandle",
+     [](auto corrector) { return KORVEL_AdaptiveHotpixelCorrector_CorrectAdaptive(corrector, nullptr, nullptr); }},
+    {"adaptiveHotpixelCorrectorHandle",
+     [](auto corrector) { return KORVEL_AdaptiveHotpixelCorrector_Destruct(corrector); }},
+};
+
+const std::vector<TakesHandle<KORVEL_IMAGE_TRANSFORMER_HANDLE>> kTransformerCalls = {
+    {"imageTransformerHandle",
+     [](auto transformer) { return KORVEL_ImageTransformer_MirrorUpDown(transformer, nullptr, nullptr); }},
+    {"imageTransformerHandle",
+     [](auto transformer) { return KORVEL_ImageTransformer_MirrorLeftRight(transformer, nullptr, nullptr); }},
+    {"imageTransformerHandle",
+     [](auto transformer) { return KORVEL_ImageTransformer_MirrorUpDownLeftRight(transformer, nullptr, nullptr); }},
+    {"imageTransformerHandle",
+     [](auto transformer) { return KORVEL_ImageTransformer_MirrorUpDownInPlace(transformer, nullptr); }},
+    {"imageTransformerHandle",
+     [](auto transformer) { return KORVEL_ImageTransformer_MirrorLeftRightInPlace(transformer, nullptr); }},
+    {"imageTransformerHandle",
+     [](auto transformer) { return KORVEL_ImageTransformer_MirrorUpDownLeftRightInPlace(transformer, nullptr); }},
+    {"imageTransformerHandle",
+     [](auto transformer) { return KORVEL_ImageTransformer_Rotate(transformer, nullptr, nullptr, 45); }},
+    {"imageTransformerHandle",
+     [](auto transformer) { return KORVEL_ImageTransformer_RotateInPlace(transformer, nullptr, 45); }},
+    // Intended: this function speaks of a converter.
+    {"imageConverterHandle", [](auto transformer) { return KORVEL_ImageTransformer_Destruct(transformer); }},
+};
+
+const std::vector<TakesHandle<KORVEL_HISTOGRAM_HANDLE>> kHistogramCalls = {
+    {"histogramHandle", [](auto histogram) { return KORVEL_Histogram_GetPixelFormat(histogram, nullptr); }},
+    {"histogramHandle", [](auto histogram) { return KORVEL_Histogram_GetNumChannels(histogram, nullptr); }},
+    {"histogramHandle", [](auto histogram) { return KORVEL_Histogram_GetPixelSumForChannel(histogram, 9, nullptr); }},
+    {"histogramHandle", [](auto histogram) { return KORVEL_Histogram_GetPixelCountForChannel(histogram, 9, nullptr); }},
+    {"histogramHandle",
+     [](auto histogram) { return KORVEL_Histogram_GetBinsForChannel(histogram, 9, nullptr, nullptr); }},
+    {"histogramHandle", [](auto histogram) { return KORVEL_Histogram_Destruct(histogram); }},
+};
+
+const std::vector<TakesHandle<KORVEL_PIXEL_LINE_HANDLE>> kLineCalls = {
+    {"pixelLineHandle", [](auto line) { return KORVEL_PixelLine_GetPixelFormat(line, nullptr); }},
+    {"pixelLineHandle", [](auto line) { return KORVEL_PixelLine_GetOrientation(line, nullptr); }},
+    {"pixelLineHandle", [](auto line) { return KORVEL_PixelLine_GetOffset(line, nullptr); }},
+    {"pixelLineHandle", [](auto line) { return KORVEL_PixelLine_GetNumChannels(line, nullptr); }},
+    {"pixelLineHandle", [](auto line) { return KORVEL_PixelLine_GetValuesForChannel(line, 9, nullptr, nullptr); }},
+    {"pixelLineHandle", [](auto line) { return KORVEL_PixelLine_Destruct(line); }},
 };
 
 struct TakesPointer {
@@ -118,6 +286,79 @@ const std::vector<TakesPointer> kPointerCalls = {
      [] { return KORVEL_ImageConverter_ConvertToBuffer(aConverter, anImage, 77, nullptr, 0, nullptr); }},
     {"outputImageHandle",
      [] { return KORVEL_ImageConverter_ConvertToBuffer(aConverter, anImage, 77, &aByte, 0, nullptr); }},
+    {"gainHandle", [] { return KORVEL_Gain_Construct(nullptr); }},
+    {"value", [] { return KORVEL_Gain_SetMasterGainValue(aGain, nullptr); }},
+    {"value", [] { return KORVEL_Gain_SetRedGainValue(aGain, nullptr); }},
+    {"value", [] { return KORVEL_Gain_SetGreenGainValue(aGain, nullptr); }},
+    {"value", [] { return KORVEL_Gain_SetBlueGainValue(aGain, nullptr); }},
+    {"value", [] { return KORVEL_Gain_GetMasterGainValue(aGain, nullptr); }},
+    {"value", [] { return KORVEL_Gain_GetRedGainValue(aGain, nullptr); }},
+    {"value", [] { return KORVEL_Gain_GetGreenGainValue(aGain, nullptr); }},
+    {"value", [] { return KORVEL_Gain_GetBlueGainValue(aGain, nullptr); }},
+    {"value", [] { return KORVEL_Gain_GetMasterGainMin(aGain, nullptr); }},
+    {"value", [] { return KORVEL_Gain_GetRedGainMin(aGain, nullptr); }},
+    {"value", [] { return KORVEL_Gain_GetGreenGainMin(aGain, nullptr); }},
+    {"value", [] { return KORVEL_Gain_GetBlueGainMin(aGain, nullptr); }},
+    {"value", [] { return KORVEL_Gain_GetMasterGainMax(aGain, nullptr); }},
+    {"value", [] { return KORVEL_Gain_GetRedGainMax(aGain, nullptr); }},
+    {"value", [] { return KORVEL_Gain_GetGreenGainMax(aGain, nullptr); }},
+    {"value", [] { return KORVEL_Gain_GetBlueGainMax(aGain, nullptr); }},
+    {"isPixelFormatSupported", [] { return KORVEL_Gain_GetIsPixelFormatSupported(aGain, 77, nullptr); }},
+    {"outputImageHandle", [] { return KORVEL_Gain_Process(aGain, anImage, nullptr); }},
+    {"gammaCorrectorHandle", [] { return KORVEL_GammaCorrector_Construct(nullptr); }},
+    {"value", [] { return KORVEL_GammaCorrector_SetGammaCorrectionValue(aGammaCorrector, nullptr); }},
+    {"value", [] { return KORVEL_GammaCorrector_GetGammaCorrectionValue(aGammaCorrector, nullptr); }},
+    {"value", [] { return KORVEL_GammaCorrector_GetGammaCorrectionMin(aGammaCorrector, nullptr); }},
+    {"value", [] { return KORVEL_GammaCorrector_GetGammaCorrectionMax(aGammaCorrector, nullptr); }},
+    {"isPixelFormatSupported",
+     [] { return KORVEL_GammaCorrector_GetIsPixelFormatSupported(aGammaCorrector, 77, nullptr); }},
+    {"outputImageHandle", [] { return KORVEL_GammaCorrector_Process(aGammaCorrector, anImage, nullptr); }},
+    {"colorCorrectorHandle", [] { return KORVEL_ColorCorrector_Construct(nullptr); }},
+    {"colorCorrectorFactors", [] { return KORVEL_ColorCorrector_SetColorCorrectionFactors(aColorCorrector, nullptr); }},
+    {"colorCorrectorFactorsSize",
+     [] { return KORVEL_ColorCorrector_GetColorCorrectionFactors(aColorCorrector, nullptr, nullptr); }},
+    {"isPixelFormatSupported",
+     [] { return KORVEL_ColorCorrector_GetIsPixelFormatSupported(aColorCorrector, 77, nullptr); }},
+    {"outputImageHandle", [] { return KORVEL_ColorCorrector_Process(aColorCorrector, anImage, nullptr); }},
+    {"binningHandle", [] { return KORVEL_Binning_Construct(nullptr); }},
+    {"factor", [] { return KORVEL_Binning_SetBinningX(aBinning, nullptr); }},
+    {"factor", [] { return KORVEL_Binning_SetBinningY(aBinning, nullptr); }},
+    {"factor", [] { return KORVEL_Binning_GetBinningX(aBinning, nullptr); }},
+    {"factor", [] { return KORVEL_Binning_GetBinningY(aBinning, nullptr); }},
+    {"value", [] { return KORVEL_Binning_GetBinningMin(aBinning, nullptr); }},
+    {"value", [] { return KORVEL_Binning_GetBinningMax(aBinning, nullptr); }},
+    {"outputWidth", [] { return KORVEL_Binning_ExpectedOutputSize(aBinning, nullptr, nullptr, 0, 0, 77); }},
+    {"outputHeight", [] { return KORVEL_Binning_ExpectedOutputSize(aBinning, &aSize, nullptr, 0, 0, 77); }},
+    {"mode", [] { return KORVEL_Binning_SetBinningMode(aBinning, nullptr); }},
+    {"mode", [] { return KORVEL_Binning_GetBinningMode(aBinning, nullptr); }},
+    {"isPixelFormatSupported", [] { return KORVEL_Binning_IsPixelformatSupported(aBinning, 77, nullptr); }},
+    {"outputImageHandle", [] { return KORVEL_Binning_Process(aBinning, anImage, nullptr); }},
+    {"adaptiveHotpixelCorrectorHandle", [] { return KORVEL_AdaptiveHotpixelCorrector_Construct(nullptr); }},
+    {"detectedHotpixelsSize",
+     [] { return KORVEL_AdaptiveHotpixelCorrector_GetHotpixels(aHotpixelCorrector, nullptr, nullptr); }},
+    {"detectedHotpixels",
+     [] { return KORVEL_AdaptiveHotpixelCorrector_Correct(aHotpixelCorrector, anImage, nullptr, 1, nullptr); }},
+    {"outputImageHandle",
+     [] { return KORVEL_AdaptiveHotpixelCorrector_Correct(aHotpixelCorrector, anImage, &aPoint, 1, nullptr); }},
+    {"outputImageHandle",
+     [] { return KORVEL_AdaptiveHotpixelCorrector_CorrectAdaptive(aHotpixelCorrector, anImage, nullptr); }},
+    {"imageTransformerHandle", [] { return KORVEL_ImageTransformer_Construct(nullptr); }},
+    {"outputImageHandle", [] { return KORVEL_ImageTransformer_MirrorUpDown(aTransformer, anImage, nullptr); }},
+    {"outputImageHandle", [] { return KORVEL_ImageTransformer_MirrorLeftRight(aTransformer, anImage, nullptr); }},
+    {"outputImageHandle", [] { return KORVEL_ImageTransformer_MirrorUpDownLeftRight(aTransformer, anImage, nullptr); }},
+    {"outputImageHandle", [] { return KORVEL_ImageTransformer_Rotate(aTransformer, anImage, nullptr, 45); }},
+    {"histogramHandle", [] { return KORVEL_Histogram_Construct(anImage, nullptr); }},
+    {"pixelFormat", [] { return KORVEL_Histogram_GetPixelFormat(aHistogram, nullptr); }},
+    {"numChannels", [] { return KORVEL_Histogram_GetNumChannels(aHistogram, nullptr); }},
+    {"pixelSum", [] { return KORVEL_Histogram_GetPixelSumForChannel(aHistogram, 9, nullptr); }},
+    {"pixelCount", [] { return KORVEL_Histogram_GetPixelCountForChannel(aHistogram, 9, nullptr); }},
+    {"binsSize", [] { return KORVEL_Histogram_GetBinsForChannel(aHistogram, 9, nullptr, nullptr); }},
+    {"pixelLineHandle", [] { return KORVEL_PixelLine_Construct(anImage, 0, 9, nullptr); }},
+    {"pixelFormat", [] { return KORVEL_PixelLine_GetPixelFormat(aLine, nullptr); }},
+    {"orientation", [] { return KORVEL_PixelLine_GetOrientation(aLine, nullptr); }},
+    {"offset", [] { return KORVEL_PixelLine_GetOffset(aLine, nullptr); }},
+    {"numChannels", [] { return KORVEL_PixelLine_GetNumChannels(aLine, nullptr); }},
+    {"valuesSize", [] { return KORVEL_PixelLine_GetValuesForChannel(aLine, 9, nullptr, nullptr); }},
     {"filePath", [] { return KORVEL_ImageWriter_WriteAsPNG(anImage, 0, nullptr, 0); }},
     {"filePath", [] { return KORVEL_ImageWriter_WriteAsRAW(anImage, nullptr, 0); }},
     {"filePath", [] { return KORVEL_ImageWriter_WriteAsBMP(anImage, nullptr, 0); }},
@@ -145,43 +386,112 @@ class AllFunctions : public testing::Test {
   void SetUp() override {
     anImage = image.Handle();
     aConverter = converter.Handle();
+    aGain = gain.Handle();
+    aGammaCorrector = gammaCorrector.Handle();
+    aColorCorrector = colorCorrector.Handle();
+    aBinning = binning.Handle();
+    aHotpixelCorrector = hotpixelCorrector.Handle();
+    aTransformer = transformer.Handle();
+    ASSERT_EQ(KORVEL_Histogram_Construct(anImage, &aHistogram), 0u);
+    ASSERT_EQ(KORVEL_PixelLine_Construct(anImage, 0, 0, &aLine), 0u);
+  }
+  void TearDown() override {
+    EXPECT_EQ(KORVEL_Histogram_Destruct(aHistogram), 0u);
+    EXPECT_EQ(KORVEL_PixelLine_Destruct(aLine), 0u);
+  }
+
+  // other is a handle of another kind.
+  template <class Handle, class OtherHandle>
+  void ExpectBadHandlesRefused(const std::vector<TakesHandle<Handle>>& calls, Handle destroyed, OtherHandle other) {
+    const Handle bad[] = {nullptr, destroyed, reinterpret_cast<Handle>(uintptr_t{0x1234}),
+                          reinterpret_cast<Handle>(other), reinterpret_cast<Handle>(UINTPTR_MAX)};
+    for (size_t i = 0; i < calls.size(); ++i) {
+      for (const Handle handle : bad) {
+        SCOPED_TRACE(testing::Message() << "call " << i << ", handle " << reinterpret_cast<uintptr_t>(handle));
+        EXPECT_EQ(calls[i].call(handle), 2u);
+        EXPECT_EQ(ReadLastError(), (LastError{2, std::string(calls[i].argument) + " is invalid!"}));
+      }
+    }
   }
 
   ExportedImage image{kMono8, 2, 2};
   ExportedConverter converter;
+  ExportedGain gain;
+  ExportedGammaCorrector gammaCorrector;
+  ExportedColorCorrector colorCorrector;
+  ExportedBinning binning;
+  ExportedAdaptiveHotpixelCorrector hotpixelCorrector;
+  ExportedTransformer transformer;
 };
 
 TEST_F(AllFunctions, RefuseBadImageHandles) {
   KORVEL_IMAGE_HANDLE destroyed = nullptr;
   ASSERT_EQ(KORVEL_Image_Construct(kMono8, 2, 2, &destroyed), 0u);
   ASSERT_EQ(KORVEL_Image_Destruct(destroyed), 0u);
-  const KORVEL_IMAGE_HANDLE bad[] = {nullptr, destroyed, reinterpret_cast<KORVEL_IMAGE_HANDLE>(uintptr_t{0x1234}),
-                                     reinterpret_cast<KORVEL_IMAGE_HANDLE>(converter.Handle()),
-                                     reinterpret_cast<KORVEL_IMAGE_HANDLE>(UINTPTR_MAX)};
-  for (size_t i = 0; i < kImageCalls.size(); ++i) {
-    for (const KORVEL_IMAGE_HANDLE handle : bad) {
-      SCOPED_TRACE(testing::Message() << "call " << i << ", handle " << reinterpret_cast<uintptr_t>(handle));
-      EXPECT_EQ(kImageCalls[i].call(handle), 2u);
-      EXPECT_EQ(ReadLastError(), (LastError{2, std::string(kImageCalls[i].argument) + " is invalid!"}));
-    }
-  }
+  ExpectBadHandlesRefused(kImageCalls, destroyed, converter.Handle());
 }
 
 TEST_F(AllFunctions, RefuseBadConverterHandles) {
   KORVEL_IMAGE_CONVERTER_HANDLE destroyed = nullptr;
   ASSERT_EQ(KORVEL_ImageConverter_Construct(&destroyed), 0u);
   ASSERT_EQ(KORVEL_ImageConverter_Destruct(destroyed), 0u);
-  const KORVEL_IMAGE_CONVERTER_HANDLE bad[] = {nullptr, destroyed,
-                                               reinterpret_cast<KORVEL_IMAGE_CONVERTER_HANDLE>(uintptr_t{0x1234}),
-                                               reinterpret_cast<KORVEL_IMAGE_CONVERTER_HANDLE>(image.Handle()),
-                                               reinterpret_cast<KORVEL_IMAGE_CONVERTER_HANDLE>(UINTPTR_MAX)};
-  for (size_t i = 0; i < kConverterCalls.size(); ++i) {
-    for (const KORVEL_IMAGE_CONVERTER_HANDLE handle : bad) {
-      SCOPED_TRACE(testing::Message() << "call " << i << ", handle " << reinterpret_cast<uintptr_t>(handle));
-      EXPECT_EQ(kConverterCalls[i].call(handle), 2u);
-      EXPECT_EQ(ReadLastError(), (LastError{2, std::string(kConverterCalls[i].argument) + " is invalid!"}));
-    }
-  }
+  ExpectBadHandlesRefused(kConverterCalls, destroyed, image.Handle());
+}
+
+TEST_F(AllFunctions, RefuseBadGainHandles) {
+  KORVEL_GAIN_HANDLE destroyed = nullptr;
+  ASSERT_EQ(KORVEL_Gain_Construct(&destroyed), 0u);
+  ASSERT_EQ(KORVEL_Gain_Destruct(destroyed), 0u);
+  ExpectBadHandlesRefused(kGainCalls, destroyed, gammaCorrector.Handle());
+}
+
+TEST_F(AllFunctions, RefuseBadGammaCorrectorHandles) {
+  KORVEL_GAMMA_CORRECTOR_HANDLE destroyed = nullptr;
+  ASSERT_EQ(KORVEL_GammaCorrector_Construct(&destroyed), 0u);
+  ASSERT_EQ(KORVEL_GammaCorrector_Destruct(destroyed), 0u);
+  ExpectBadHandlesRefused(kGammaCorrectorCalls, destroyed, gain.Handle());
+}
+
+TEST_F(AllFunctions, RefuseBadColorCorrectorHandles) {
+  KORVEL_COLOR_CORRECTOR_HANDLE destroyed = nullptr;
+  ASSERT_EQ(KORVEL_ColorCorrector_Construct(&destroyed), 0u);
+  ASSERT_EQ(KORVEL_ColorCorrector_Destruct(destroyed), 0u);
+  ExpectBadHandlesRefused(kColorCorrectorCalls, destroyed, gammaCorrector.Handle());
+}
+
+TEST_F(AllFunctions, RefuseBadBinningHandles) {
+  KORVEL_BINNING_HANDLE destroyed = nullptr;
+  ASSERT_EQ(KORVEL_Binning_Construct(&destroyed), 0u);
+  ASSERT_EQ(KORVEL_Binning_Destruct(destroyed), 0u);
+  ExpectBadHandlesRefused(kBinningCalls, destroyed, gain.Handle());
+}
+
+TEST_F(AllFunctions, RefuseBadHotpixelCorrectorHandles) {
+  KORVEL_ADAPTIVE_HOTPIXEL_CORRECTOR_HANDLE destroyed = nullptr;
+  ASSERT_EQ(KORVEL_AdaptiveHotpixelCorrector_Construct(&destroyed), 0u);
+  ASSERT_EQ(KORVEL_AdaptiveHotpixelCorrector_Destruct(destroyed), 0u);
+  ExpectBadHandlesRefused(kHotpixelCorrectorCalls, destroyed, converter.Handle());
+}
+
+TEST_F(AllFunctions, RefuseBadTransformerHandles) {
+  KORVEL_IMAGE_TRANSFORMER_HANDLE destroyed = nullptr;
+  ASSERT_EQ(KORVEL_ImageTransformer_Construct(&destroyed), 0u);
+  ASSERT_EQ(KORVEL_ImageTransformer_Destruct(destroyed), 0u);
+  ExpectBadHandlesRefused(kTransformerCalls, destroyed, converter.Handle());
+}
+
+TEST_F(AllFunctions, RefuseBadHistogramHandles) {
+  KORVEL_HISTOGRAM_HANDLE destroyed = nullptr;
+  ASSERT_EQ(KORVEL_Histogram_Construct(anImage, &destroyed), 0u);
+  ASSERT_EQ(KORVEL_Histogram_Destruct(destroyed), 0u);
+  ExpectBadHandlesRefused(kHistogramCalls, destroyed, aLine);
+}
+
+TEST_F(AllFunctions, RefuseBadLineHandles) {
+  KORVEL_PIXEL_LINE_HANDLE destroyed = nullptr;
+  ASSERT_EQ(KORVEL_PixelLine_Construct(anImage, 0, 0, &destroyed), 0u);
+  ASSERT_EQ(KORVEL_PixelLine_Destruct(destroyed), 0u);
+  ExpectBadHandlesRefused(kLineCalls, destroyed, aHistogram);
 }
 
 TEST_F(AllFunctions, RefuseNullPointers) {

@@ -17,6 +17,9 @@
 #include "buffers/buffer_pool.h"
 #include "buffers/pooled_image_buffer.h"
 #include "buffers/vector_image_buffer.h"
+#include "processing/geometry/image_transformer.h"
+#include "processing/measure/collect_line.h"
+#include "processing/measure/histogram.h"
 
 namespace {
 
@@ -165,6 +168,23 @@ TEST(HandleRegistry, RefusesAConverterThatItHolds) {
   const Handle handle = converters.Add(converter);
   EXPECT_EQ(RuntimeErrorOf([&] { converters.Add(converter); }), "Given imageConverter was already added!");
   EXPECT_EQ(converters.Remove(handle), converter);
+}
+
+template <class Object>
+void ExpectRefusedTwice(HandleMap<Object>& objects, const std::shared_ptr<Object>& object, const std::string& text) {
+  const Handle handle = objects.Add(object);
+  EXPECT_EQ(RuntimeErrorOf([&] { objects.Add(object); }), text);
+  EXPECT_EQ(objects.Remove(handle), object);
+}
+
+TEST(HandleRegistry, RefusesATransformerOrAMeasurementThatItHolds) {
+  auto& registry = HandleRegistry::Instance();
+  ExpectRefusedTwice(registry.ImageTransformers(), std::make_shared<img::processing::ImageTransformer>(nullptr),
+                     "Given imageTransformer was already added!");
+  ExpectRefusedTwice(registry.Histograms(), std::make_shared<img::processing::HistogramRecord>(),
+                     "Given histogramData was already added!");
+  ExpectRefusedTwice(registry.PixelLines(), std::make_shared<img::processing::LineRecord>(),
+                     "Given lineData was already added!");
 }
 
 TEST(HandleMap, IsAsItWasAfterItRefusedAnObject) {

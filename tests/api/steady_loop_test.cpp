@@ -82,32 +82,53 @@ constexpr size_t kHeight = 480;
 constexpr size_t kLargestSmallBlock = 1024;
 constexpr int kFrames = 50;
 
-// A frame's life: an image over the camera's memory, its conversion, and the end of both.
-template <class Convert>
-void RunFrame(std::vector<uint8_t>& frame, Convert& convert) {
+// A frame's life: an image over the camera's memory, the work on it, and the end of both. Work that changes the image
+// itself makes no output.
+template <class Work>
+void RunFrame(uint32_t format, std::vector<uint8_t>& frame, Work& work) {
   KORVEL_IMAGE_HANDLE input = nullptr;
-  ASSERT_EQ(KORVEL_Image_ConstructFromBuffer(KORVEL_PIXEL_FORMAT_BayerRG12p, frame.data(), frame.size(), kWidth,
-                                             kHeight, &input),
-            0u);
+  ASSERT_EQ(KORVEL_Image_ConstructFromBuffer(format, frame.data(), frame.size(), kWidth, kHeight, &input), 0u);
   KORVEL_IMAGE_HANDLE output = nullptr;
-  ASSERT_EQ(convert(input, &output), 0u);
-  ASSERT_EQ(KORVEL_Image_Destruct(output), 0u);
+  ASSERT_EQ(work(input, &output), 0u);
+  if (output != nullptr) {
+    ASSERT_EQ(KORVEL_Image_Destruct(output), 0u);
+  }
   ASSERT_EQ(KORVEL_Image_Destruct(input), 0u);
+}
+
+// Calls check after each frame of a steady loop.
+template <class Work, class Check>
+void RunSteadyLoop(uint32_t format, Work& work, const Check& check) {
+  size_t byteCount = 0;
+  ASSERT_EQ(KORVEL_PixelFormat_CalculateStorageSizeOfPixels(format, kWidth * kHeight, &byteCount), 0u);
+  std::vector<uint8_t> frame(byteCount, 0x5A);
+  for (int i = 0; i < 3; ++i) RunFrame(format, frame, work);
+  for (int i = 0; i < kFrames; ++i) {
+    blocks = frees = largest = 0;
+    isCounting = true;
+    RunFrame(format, frame, work);
+    isCounting = false;
+    check();
+    if (testing::Test::HasFatalFailure()) return;
+  }
 }
 
 template <class Convert>
 void ExpectSmallBlocks(size_t blocksPerFrame, Convert convert) {
-  std::vector<uint8_t> frame(kWidth * kHeight * 3 / 2, 0x5A);
-  for (int i = 0; i < 3; ++i) RunFrame(frame, convert);
-  for (int i = 0; i < kFrames; ++i) {
-    blocks = frees = largest = 0;
-    isCounting = true;
-    RunFrame(frame, convert);
-    isCounting = false;
-    ASSERT_LE(largest, kLargestSmallBlock) << "frame " << i;
-    ASSERT_EQ(blocks, blocksPerFrame) << "frame " << i;
-    ASSERT_EQ(frees, blocksPerFrame) << "frame " << i;
-  }
+  RunSteadyLoop(KORVEL_PIXEL_FORMAT_BayerRG12p, convert, [&] {
+    ASSERT_LE(largest, kLargestSmallBlock);
+    ASSERT_EQ(blocks, blocksPerFrame);
+    ASSERT_EQ(frees, blocksPerFrame);
+  });
+}
+
+// No memory for pixels, and none that stays.
+template <class Work>
+void ExpectSmallBlocksOf(uint32_t format, Work work) {
+  RunSteadyLoop(format, work, [] {
+    ASSERT_LE(largest, kLargestSmallBlock);
+    ASSERT_EQ(blocks, frees);
+  });
 }
 
 class SteadyLoop : public testing::Test {
@@ -156,6 +177,82 @@ TEST_F(SteadyLoop, TakesSmallBlocksIntoImagesInTheFastMode) { ExpectOfImageForm(
 
 TEST_F(SteadyLoop, TakesSmallBlocksIntoImagesInTheClassicMode) {
   ExpectOfImageForm(KORVEL_CONVERSION_MODE_Classic, 22);
+}
+
+TEST(SteadyLoopOfCorrections, TakesSmallBlocksForGain) {
+  KORVEL_GAIN_HANDLE gain = nullptr;
+  ASSERT_EQ(KORVEL_Gain_Construct(&gain), 0u);
+  for (const float value : {1.0f, 2.0f}) {
+    ASSERT_EQ(KORVEL_Gain_SetMasterGainValue(gain, &value), 0u);
+    ExpectSmallBlocksOf(KORVEL_PIXEL_FORMAT_BayerRG12, [&](KORVEL_IMAGE_HANDLE input, KORVEL_IMAGE_HANDLE* output) {
+      return KORVEL_Gain_Process(gain, input, output);
+    });
+    ExpectSmallBlocksOf(KORVEL_PIXEL_FORMAT_Mono8, [&](KORVEL_IMAGE_HANDLE input, KORVEL_IMAGE_HANDLE*) {
+      return KORVEL_Gain_ProcessInPlace(gain, input);
+    });
+  }
+  EXPECT_EQ(KORVEL_Gain_Destruct(gain), 0u);
+}
+
+TEST(SteadyLoopOfCorrections, TakesSmallBlocksForGamma) {
+  KORVEL_GAMMA_CORRECTOR_HANDLE corrector = nullptr;
+  ASSERT_EQ(KORVEL_GammaCorrector_Construct(&corrector), 0u);
+  for (const float value : {1.0f, 2.0f}) {
+    ASSERT_EQ(KORVEL_GammaCorrector_SetGammaCorrectionValue(corrector, &value), 0u);
+    ExpectSmallBlocksOf(KORVEL_PIXEL_FORMAT_BGRa8, [&](KORVEL_IMAGE_HANDLE input, KORVEL_IMAGE_HANDLE* output) {
+      return KORVEL_GammaCorrector_Process(corrector, input, output);
+    });
+    ExpectSmallBlocksOf(KORVEL_PIXEL_FORMAT_RGB10p32, [&](KORVEL_IMAGE_HANDLE input, KORVEL_IMAGE_HANDLE*) {
+      return KORVEL_GammaCorrector_ProcessInPlace(corrector, input);
+    });
+  }
+  EXPECT_EQ(KORVEL_GammaCorrector_Destruct(corrector), 0u);
+}
+
+TEST(SteadyLoopOfCorrections, TakesSmallBlocksForColours) {
+  KORVEL_COLOR_CORRECTOR_HANDLE corrector = nullptr;
+  ASSERT_EQ(KORVEL_ColorCorrector_Construct(&corrector), 0u);
+  for (const uint32_t format : {uint32_t{KORVEL_PIXEL_FORMAT_RGB8}, uint32_t{KORVEL_PIXEL_FORMAT_BGR12}}) {
+    ExpectSmallBlocksOf(format, [&](KORVEL_IMAGE_HANDLE input, KORVEL_IMAGE_HANDLE* output) {
+      return KORVEL_ColorCorrector_Process(corrector, input, output);
+    });
+    ExpectSmallBlocksOf(format, [&](KORVEL_IMAGE_HANDLE input, KORVEL_IMAGE_HANDLE*) {
+      return KORVEL_ColorCorrector_ProcessInPlace(corrector, input);
+    });
+  }
+  EXPECT_EQ(KORVEL_ColorCorrector_Destruct(corrector), 0u);
+}
+
+TEST(SteadyLoopOfCorrections, TakesSmallBlocksForBinning) {
+  KORVEL_BINNING_HANDLE binning = nullptr;
+  ASSERT_EQ(KORVEL_Binning_Construct(&binning), 0u);
+  for (const uint8_t factor : {uint8_t{1}, uint8_t{2}, uint8_t{3}}) {
+    ASSERT_EQ(KORVEL_Binning_SetBinningX(binning, &factor), 0u);
+    ASSERT_EQ(KORVEL_Binning_SetBinningY(binning, &factor), 0u);
+    for (const uint32_t format : {uint32_t{KORVEL_PIXEL_FORMAT_BayerGB10}, uint32_t{KORVEL_PIXEL_FORMAT_RGBa8}}) {
+      ExpectSmallBlocksOf(format, [&](KORVEL_IMAGE_HANDLE input, KORVEL_IMAGE_HANDLE* output) {
+        return KORVEL_Binning_Process(binning, input, output);
+      });
+    }
+  }
+  EXPECT_EQ(KORVEL_Binning_Destruct(binning), 0u);
+}
+
+// The list keeps its memory. The corrected image has memory of its own.
+TEST(SteadyLoopOfCorrections, TakesNoMemoryForTheListOfHotPixels) {
+  KORVEL_ADAPTIVE_HOTPIXEL_CORRECTOR_HANDLE corrector = nullptr;
+  ASSERT_EQ(KORVEL_AdaptiveHotpixelCorrector_Construct(&corrector), 0u);
+  ExpectSmallBlocksOf(KORVEL_PIXEL_FORMAT_BayerRG8, [&](KORVEL_IMAGE_HANDLE input, KORVEL_IMAGE_HANDLE*) {
+    return KORVEL_AdaptiveHotpixelCorrector_Detect(corrector, input);
+  });
+  const auto correct = [&](KORVEL_IMAGE_HANDLE input, KORVEL_IMAGE_HANDLE* output) {
+    return KORVEL_AdaptiveHotpixelCorrector_CorrectAdaptive(corrector, input, output);
+  };
+  RunSteadyLoop(KORVEL_PIXEL_FORMAT_BayerRG8, correct, [] {
+    ASSERT_EQ(largest, kWidth * kHeight);
+    ASSERT_EQ(blocks, frees);
+  });
+  EXPECT_EQ(KORVEL_AdaptiveHotpixelCorrector_Destruct(corrector), 0u);
 }
 
 }  // namespace

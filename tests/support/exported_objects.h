@@ -48,30 +48,55 @@ class ExportedImage {
     EXPECT_EQ(KORVEL_Image_GetPixelFormat(handle_, &format), 0u);
     return format;
   }
+  size_t Width() const {
+    size_t width = 0;
+    EXPECT_EQ(KORVEL_Image_GetWidth(handle_, &width), 0u);
+    return width;
+  }
+  size_t Height() const {
+    size_t height = 0;
+    EXPECT_EQ(KORVEL_Image_GetHeight(handle_, &height), 0u);
+    return height;
+  }
   Bytes Content() const { return Bytes(Data(), Data() + ByteCount()); }
 
  private:
   KORVEL_IMAGE_HANDLE handle_ = nullptr;
 };
 
-class ExportedConverter {
+template <class Object, auto kConstruct, auto kDestruct>
+class ExportedObject {
  public:
-  ExportedConverter() { EXPECT_EQ(KORVEL_ImageConverter_Construct(&handle_), 0u); }
-  ExportedConverter(const ExportedConverter&) = delete;
-  ExportedConverter& operator=(const ExportedConverter&) = delete;
-  ~ExportedConverter() { Destruct(); }
+  ExportedObject() { EXPECT_EQ(kConstruct(&handle_), 0u); }
+  ExportedObject(const ExportedObject&) = delete;
+  ExportedObject& operator=(const ExportedObject&) = delete;
+  ~ExportedObject() { Destruct(); }
 
-  KORVEL_IMAGE_CONVERTER_HANDLE Handle() const { return handle_; }
+  Object Handle() const { return handle_; }
 
   void Destruct() {
     if (handle_ != nullptr) {
-      EXPECT_EQ(KORVEL_ImageConverter_Destruct(std::exchange(handle_, nullptr)), 0u);
+      EXPECT_EQ(kDestruct(std::exchange(handle_, nullptr)), 0u);
     }
   }
 
  private:
-  KORVEL_IMAGE_CONVERTER_HANDLE handle_ = nullptr;
+  Object handle_ = nullptr;
 };
+
+using ExportedAdaptiveHotpixelCorrector =
+    ExportedObject<KORVEL_ADAPTIVE_HOTPIXEL_CORRECTOR_HANDLE, KORVEL_AdaptiveHotpixelCorrector_Construct,
+                   KORVEL_AdaptiveHotpixelCorrector_Destruct>;
+using ExportedBinning = ExportedObject<KORVEL_BINNING_HANDLE, KORVEL_Binning_Construct, KORVEL_Binning_Destruct>;
+using ExportedColorCorrector =
+    ExportedObject<KORVEL_COLOR_CORRECTOR_HANDLE, KORVEL_ColorCorrector_Construct, KORVEL_ColorCorrector_Destruct>;
+using ExportedConverter =
+    ExportedObject<KORVEL_IMAGE_CONVERTER_HANDLE, KORVEL_ImageConverter_Construct, KORVEL_ImageConverter_Destruct>;
+using ExportedGain = ExportedObject<KORVEL_GAIN_HANDLE, KORVEL_Gain_Construct, KORVEL_Gain_Destruct>;
+using ExportedGammaCorrector =
+    ExportedObject<KORVEL_GAMMA_CORRECTOR_HANDLE, KORVEL_GammaCorrector_Construct, KORVEL_GammaCorrector_Destruct>;
+using ExportedTransformer = ExportedObject<KORVEL_IMAGE_TRANSFORMER_HANDLE, KORVEL_ImageTransformer_Construct,
+                                           KORVEL_ImageTransformer_Destruct>;
 
 // Memory that ends where the next page can't be touched.
 class CallersMemory {

@@ -1,0 +1,114 @@
+#include "processing/correction/gain.h"
+
+#include <utility>
+
+#include "core/image_lines.h"
+#include "processing/argument_check.h"
+#include "processing/bayer_phase.h"
+#include "processing/unsupported_format.h"
+
+namespace img::processing {
+namespace {
+
+void BuildTables(ValueTables& tables, float factor) {
+  tables.Build([factor](float value, float maximum) {
+    const float product = factor * value;
+    return product < maximum ? product : maximum;
+  });
+}
+
+// A line whose even columns take their values from one table and whose odd columns from another. Bits above the depth
+// are ignored.
+template <uint32_t bits>
+void MapLine(const uint8_t* in, uint8_t* out, size_t width, const typename Depth<bits>::Table& even,
+             const typename Depth<bits>::Table& odd) {
+  using Sample = typename Depth<bits>::Sample;
+  const auto newValue = [evenTable = even.data(), oddTable = odd.data()](size_t column, Sample value) {
+    return (column == 0 ? evenTable : oddTable)[value & Depth<bits>::kMaximum];
+  };
+  MapSamples<Sample, 2, 2>(in, out, width / 2, newValue);
+  const size_t last = width / 2 * 2 * sizeof(Sample);
+  MapSamples<Sample, 1, 1>(in + last, out + last, width % 2, newValue);
+}
+
+}  // namespace
+
+Gain::Gain(std::shared_ptr<buffer::IfcMultiFormatBufferPool> pool) : pool_(std::move(pool)) {
+  for (ValueTables* tables : {&masterTables_, &redTables_, &greenTables_, &blueTables_}) BuildTables(*tables, 1.0f);
+}
+
+bool Gain::IsFormatSupported(PixelFormatId format) {
+  const std::optional<FormatFacts> facts = FindFacts(format);
+  return facts && !facts->IsPacked() && (facts->type == PixelType::Mono || facts->type == PixelType::Bayer);
+}
+
+void Gain::SetMasterGainValue(float value) {
+  RequireArgument(value >= gainMin_ && value <= gainMax_, "void img::processing::Gain::SetMasterGainValue(float)",
+                  "img::processing::Gain::SetMasterGainValue: gain value not supported!");
+  masterGain_ = value;
+  BuildTables(masterTables_, masterGain_);
+  BuildTables(redTables_, redGain_ * masterGain_);
+  BuildTables(greenTables_, greenGain_ * masterGain_);
+  BuildTables(blueTables_, blueGain_ * masterGain_);
+}
+
+void Gain::setColourGain(float& gain, ValueTables& tables, float value, const char* location, const char* text) {
+  RequireArgument(value >= gainMin_ && value <= gainMax_, location, text);
+  gain = value;
+  BuildTables(tables, gain * masterGain_);
+}
+
+void Gain::SetRedGainValue(float value) {
+  setColourGain(redGain_, redTables_, value, "void img::processing::Gain::SetRedGainValue(float)",
+                "img::processing::Gain::SetRedGainValue: gain value not supported!");
+}
+
+void Gain::SetGreenGainValue(float value) {
+  setColourGain(greenGain_, greenTables_, value, "void img::processing::Gain::SetGreenGainValue(float)",
+                "img::processing::Gain::SetGreenGainValue: gain value not supported!");
+}
+
+void Gain::SetBlueGainValue(float value) {
+  setColourGain(blueGain_, blueTables_, value, "void img::processing::Gain::SetBlueGainValue(float)",
+                "img::processing::Gain::SetBlueGainValue: gain value not supported!");
+}
+
+// Intended: each gain by itself, also on mono images, which have no colours, and whatever the products.
+bool Gain::isNeutral() const {
+  return IsNeutral(masterGain_) && IsNeutral(redGain_) && IsNeutral(greenGain_) && IsNeutral(blueGain_);
+}
+
+std::shared_ptr<IfcImage> Gain::applyGain(const IfcImage& image) const {
+  RequireSupportedFormat(
+      IsFormatSupported(image.PixelFormat()), image.PixelFormat(),
+      "std::shared_ptr<img::IfcImage> img::processing::Gain::applyGain(const img::IfcImage &) const");
+  if (isNeutral()) return image.Clone(*pool_);
+  std::shared_ptr<IfcImage> output = pool_->AllocBuffer(image.PixelFormat(), image.Area().size)->CreateImage();
+  process(image, *output);
+  return output;
+}
+
+void Gain::applyGainInPlace(IfcImage& image) const {
+  RequireSupportedFormat(IsFormatSupported(image.PixelFormat()), image.PixelFormat(),
+                         "void img::processing::Gain::applyGainInPlace(img::IfcImage &) const");
+  if (!isNeutral()) process(image, image);
+}
+
+void Gain::process(const IfcImage& input, IfcImage& output) const {
+  const Size2D size = input.Area().size;
+  const auto in = LinesOf(input);
+  const auto out = LinesOf(output);
+  const bool isMono = PixelFormatInfo_Type(input.PixelFormat()) == PixelType::Mono;
+  const BayerPhase phase = PhaseOf(PixelFormatInfo_Class(input.PixelFormat()));
+  WithDepth(PixelFormatInfo_ComponentSignificantBits(input.PixelFormat()), [&](auto bits) {
+    for (size_t y = 0; y < size.height; ++y) {
+      const ValueTables& own = isMono ? masterTables_ : phase.IsRedLine(y) ? redTables_ : blueTables_;
+      const ValueTables& green = isMono ? masterTables_ : greenTables_;
+      const bool isOwnEven = phase.OwnColumn(y) == 0;
+      MapLine<bits>(in[y], out[y], size.width, (isOwnEven ? own : green).template Of<bits>(),
+                    (isOwnEven ? green : own).template Of<bits>());
+    }
+  });
+}
+
+}  // namespace img::processing

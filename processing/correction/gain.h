@@ -1,0 +1,60 @@
+// Digital gain on mono and Bayer images: each value times a master gain and, at a Bayer site, the gain of its colour.
+#pragma once
+
+#include <memory>
+
+#include "buffers/buffer_pool.h"
+#include "core/image.h"
+#include "processing/correction/value_tables.h"
+
+namespace img::processing {
+
+// The gains become tables when they are set, so that work on images is look-ups alone. Serves one thread at a time.
+class Gain {
+ public:
+  explicit Gain(std::shared_ptr<buffer::IfcMultiFormatBufferPool> pool);
+
+  // Mono and Bayer, unpacked. False for an id that no format has.
+  static bool IsFormatSupported(PixelFormatId format);
+
+  // Throw InvalidArgument for a value outside Min() to Max(); the gain then stays as it was.
+  void SetMasterGainValue(float value);
+  void SetRedGainValue(float value);
+  void SetGreenGainValue(float value);
+  void SetBlueGainValue(float value);
+
+  float GetMasterGainValue() const { return masterGain_; }
+  float GetRedGainValue() const { return redGain_; }
+  float GetGreenGainValue() const { return greenGain_; }
+  float GetBlueGainValue() const { return blueGain_; }
+
+  // The limits of all four gains.
+  float Min() const { return gainMin_; }
+  float Max() const { return gainMax_; }
+
+  // The first makes a new image, from the pool. Both throw ImageFormatNotSupported.
+  std::shared_ptr<IfcImage> applyGain(const IfcImage& image) const;
+  void applyGainInPlace(IfcImage& image) const;
+
+ private:
+  void setColourGain(float& gain, ValueTables& tables, float value, const char* location, const char* text);
+  bool isNeutral() const;
+
+  // input and output may be the same.
+  void process(const IfcImage& input, IfcImage& output) const;
+
+  float masterGain_ = 1.0f;
+  float redGain_ = 1.0f;
+  float greenGain_ = 1.0f;
+  float blueGain_ = 1.0f;
+  float gainMin_ = 1.0f;
+  float gainMax_ = 8.0f;
+  // Those of the colours contain the master gain.
+  ValueTables masterTables_;
+  ValueTables redTables_;
+  ValueTables greenTables_;
+  ValueTables blueTables_;
+  std::shared_ptr<buffer::IfcMultiFormatBufferPool> pool_;
+};
+
+}  // namespace img::processing
