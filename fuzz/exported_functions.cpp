@@ -9,6 +9,7 @@
 #include <sys/stat.h>
 
 #include <algorithm>
+#include <bit>
 #include <cstring>
 #include <filesystem>
 #include <iterator>
@@ -214,9 +215,13 @@ class World {
       KORVEL_FUZZ_REQUIRE(KORVEL_Image_Construct(format, 18, 16, &image) == KORVEL_RETURN_CODE_Success);
       Adopt(image);
     }
-    KORVEL_IMAGE_CONVERTER_HANDLE converter = nullptr;
-    KORVEL_FUZZ_REQUIRE(KORVEL_ImageConverter_Construct(&converter) == KORVEL_RETURN_CODE_Success);
-    Adopt(converter);
+    AdoptNew(KORVEL_ImageConverter_Construct);
+    AdoptNew(KORVEL_Gain_Construct);
+    AdoptNew(KORVEL_GammaCorrector_Construct);
+    AdoptNew(KORVEL_ColorCorrector_Construct);
+    AdoptNew(KORVEL_Binning_Construct);
+    AdoptNew(KORVEL_AdaptiveHotpixelCorrector_Construct);
+    AdoptNew(KORVEL_ImageTransformer_Construct);
   }
   World(const World&) = delete;
   World& operator=(const World&) = delete;
@@ -262,7 +267,9 @@ class World {
     }
     RequireFailure(code);
     KORVEL_FUZZ_REQUIRE((code == KORVEL_RETURN_CODE_InvalidHandle) == !handlesAlive);
-    KORVEL_FUZZ_REQUIRE(!handlesAlive || pointersGiven || code == KORVEL_RETURN_CODE_InvalidArgument);
+    // Some families look at the image's format before the pointers.
+    KORVEL_FUZZ_REQUIRE(!handlesAlive || pointersGiven || code == KORVEL_RETURN_CODE_InvalidArgument ||
+                        code == KORVEL_RETURN_CODE_ImageFormatNotSupported);
     return false;
   }
 
@@ -283,6 +290,13 @@ class World {
   }
 
  private:
+  template <class Handle>
+  void AdoptNew(KORVEL_RETURN_CODE (*construct)(Handle*)) {
+    Handle handle = nullptr;
+    KORVEL_FUZZ_REQUIRE(construct(&handle) == KORVEL_RETURN_CODE_Success);
+    Adopt(handle);
+  }
+
   // A living handle of another kind.
   template <class Handle>
   uintptr_t ForeignTo() const {
@@ -311,10 +325,23 @@ class World {
 
   const Place& place_;
   std::vector<std::unique_ptr<uint8_t[]>> memory_;  // outlives the images over it
-  std::tuple<HandlePool<KORVEL_IMAGE_HANDLE>, HandlePool<KORVEL_IMAGE_CONVERTER_HANDLE>> pools_{
-      KORVEL_Image_Destruct,
-      KORVEL_ImageConverter_Destruct,
-  };
+  std::tuple<HandlePool<KORVEL_IMAGE_HANDLE>, HandlePool<KORVEL_IMAGE_CONVERTER_HANDLE>, HandlePool<KORVEL_GAIN_HANDLE>,
+             HandlePool<KORVEL_GAMMA_CORRECTOR_HANDLE>, HandlePool<KORVEL_COLOR_CORRECTOR_HANDLE>,
+             HandlePool<KORVEL_BINNING_HANDLE>, HandlePool<KORVEL_ADAPTIVE_HOTPIXEL_CORRECTOR_HANDLE>,
+             HandlePool<KORVEL_IMAGE_TRANSFORMER_HANDLE>, HandlePool<KORVEL_HISTOGRAM_HANDLE>,
+             HandlePool<KORVEL_PIXEL_LINE_HANDLE>>
+      pools_{
+          KORVEL_Image_Destruct,
+          KORVEL_ImageConverter_Destruct,
+          KORVEL_Gain_Destruct,
+          KORVEL_GammaCorrector_Destruct,
+          KORVEL_ColorCorrector_Destruct,
+          KORVEL_Binning_Destruct,
+          KORVEL_AdaptiveHotpixelCorrector_Destruct,
+          KORVEL_ImageTransformer_Destruct,
+          KORVEL_Histogram_Destruct,
+          KORVEL_PixelLine_Destruct,
+      };
 };
 
 // Memory for an image of a format and size: mostly what it needs, else a little less or more, or anything, or none;
@@ -403,6 +430,118 @@ void Run(World& world, FuzzInput& input, KORVEL_RETURN_CODE (*function)(Object*)
   const bool succeeded = world.Call(isAlive, true, [&] { return function(object); });
   KORVEL_FUZZ_REQUIRE(succeeded == isAlive);
   if (succeeded) world.Bury(object);
+}
+
+// Settings, mostly in or near their ranges, else any bits.
+template <class Value>
+Value TakeSetting(FuzzInput& input) {
+  if constexpr (std::is_same_v<Value, float>) {
+    return input.TakeByte() % 4 == 0 ? std::bit_cast<float>(input.Take<uint32_t>())
+                                     : static_cast<float>(input.Take<int16_t>()) / 1024.0f;
+  } else {
+    return input.TakeByte() % 4 == 0 ? input.Take<Value>() : static_cast<Value>(input.TakeByte() % 16);
+  }
+}
+
+// Setters.
+template <class Object, class Value>
+void Run(World& world, FuzzInput& input, KORVEL_RETURN_CODE (*function)(Object*, const Value*)) {
+  Object* const object = world.Take<Object*>(input);
+  const auto setting = TakeSetting<Value>(input);
+  const Value* const pointer = input.TakeByte() % 16 == 0 ? nullptr : &setting;
+  world.Call(world.IsAlive(object), pointer != nullptr, [&] { return function(object, pointer); });
+}
+
+template <class Object>
+void Run(World& world, FuzzInput& input, KORVEL_RETURN_CODE (*function)(Object*, uint32_t)) {
+  Object* const object = world.Take<Object*>(input);
+  const auto setting = TakeSetting<uint32_t>(input);
+  world.Call(world.IsAlive(object), true, [&] { return function(object, setting); });
+}
+
+// Whether an operation takes a format.
+template <class Object>
+void Run(World& world, FuzzInput& input, KORVEL_RETURN_CODE (*function)(Object*, uint32_t, bool*)) {
+  Object* const object = world.Take<Object*>(input);
+  const uint32_t format = TakeFormat(input);
+  Result result(input, false);
+  world.Call(world.IsAlive(object), result.IsGiven(), [&] { return function(object, format, result.Pointer()); });
+}
+
+// Operations that make an image of another one.
+template <class Object>
+void Run(World& world, FuzzInput& input,
+         KORVEL_RETURN_CODE (*function)(Object*, KORVEL_IMAGE_HANDLE, KORVEL_IMAGE_HANDLE*)) {
+  Object* const object = world.Take<Object*>(input);
+  KORVEL_IMAGE_HANDLE const image = world.Take<KORVEL_IMAGE_HANDLE>(input);
+  world.CallForNew<KORVEL_IMAGE_HANDLE>(input, world.IsAlive(object) && world.IsAlive(image), true,
+                                        [&](auto* handle) { return function(object, image, handle); });
+}
+
+// Operations on an image in its own memory, or that only look at it.
+template <class Object>
+void Run(World& world, FuzzInput& input, KORVEL_RETURN_CODE (*function)(Object*, KORVEL_IMAGE_HANDLE)) {
+  Object* const object = world.Take<Object*>(input);
+  KORVEL_IMAGE_HANDLE const image = world.Take<KORVEL_IMAGE_HANDLE>(input);
+  world.Call(world.IsAlive(object) && world.IsAlive(image), true, [&] { return function(object, image); });
+  if (world.IsAlive(image)) CheckImage(image);
+}
+
+// Rotations.
+template <class Object>
+void Run(World& world, FuzzInput& input,
+         KORVEL_RETURN_CODE (*function)(Object*, KORVEL_IMAGE_HANDLE, KORVEL_IMAGE_HANDLE*, uint32_t)) {
+  Object* const object = world.Take<Object*>(input);
+  KORVEL_IMAGE_HANDLE const image = world.Take<KORVEL_IMAGE_HANDLE>(input);
+  const auto angle = TakeSetting<uint32_t>(input);
+  world.CallForNew<KORVEL_IMAGE_HANDLE>(input, world.IsAlive(object) && world.IsAlive(image), true,
+                                        [&](auto* handle) { return function(object, image, handle, angle); });
+}
+
+template <class Object>
+void Run(World& world, FuzzInput& input, KORVEL_RETURN_CODE (*function)(Object*, KORVEL_IMAGE_HANDLE, uint32_t)) {
+  Object* const object = world.Take<Object*>(input);
+  KORVEL_IMAGE_HANDLE const image = world.Take<KORVEL_IMAGE_HANDLE>(input);
+  const auto angle = TakeSetting<uint32_t>(input);
+  world.Call(world.IsAlive(object) && world.IsAlive(image), true, [&] { return function(object, image, angle); });
+  if (world.IsAlive(image)) CheckImage(image);
+}
+
+// Figures of a channel.
+template <class Object, class Value>
+void Run(World& world, FuzzInput& input, KORVEL_RETURN_CODE (*function)(Object*, size_t, Value*)) {
+  Object* const object = world.Take<Object*>(input);
+  const size_t channel = input.TakeByte() % 8 == 0 ? TakeSize(input) : input.TakeByte() % 4;
+  Result result(input, Unwritten<Value>());
+  world.CallFor(result, world.IsAlive(object), true, [&](Value* value) { return function(object, channel, value); });
+}
+
+// Arrays that are filled in two calls. call takes the array, or null, and the pointer to its size.
+template <class Element, class Function>
+void FillArray(World& world, FuzzInput& input, bool handlesAlive, size_t mostElements, Function&& call) {
+  const size_t room = input.Take<uint16_t>() % (mostElements + 1);
+  Result size(input, room);
+  const bool hasArray = input.TakeByte() % 4 != 0;
+  // Exactly as large as it is said to be, so that the sanitizer sees what goes beyond.
+  const std::unique_ptr<Element[]> elements(new Element[room]());
+  const bool succeeded = world.CallFor(size, handlesAlive, true,
+                                       [&](size_t* value) { return call(hasArray ? elements.get() : nullptr, value); });
+  if (succeeded && hasArray) KORVEL_FUZZ_REQUIRE(size.Get() <= room);
+}
+
+template <class Object, class Element>
+void Run(World& world, FuzzInput& input, KORVEL_RETURN_CODE (*function)(Object*, size_t, Element*, size_t*)) {
+  Object* const object = world.Take<Object*>(input);
+  const size_t channel = input.TakeByte() % 8 == 0 ? TakeSize(input) : input.TakeByte() % 4;
+  FillArray<Element>(world, input, world.IsAlive(object), 4200,
+                     [&](Element* array, size_t* size) { return function(object, channel, array, size); });
+}
+
+template <class Object, class Element>
+void Run(World& world, FuzzInput& input, KORVEL_RETURN_CODE (*function)(Object*, Element*, size_t*)) {
+  Object* const object = world.Take<Object*>(input);
+  FillArray<Element>(world, input, world.IsAlive(object), 300,
+                     [&](Element* array, size_t* size) { return function(object, array, size); });
 }
 
 // A path as functions take it; seldom null or empty.
@@ -611,6 +750,61 @@ void ReadFileAsPixelFormat(World& world, FuzzInput& input) {
   });
 }
 
+void SetColorCorrectionFactors(World& world, FuzzInput& input) {
+  const auto corrector = world.Take<KORVEL_COLOR_CORRECTOR_HANDLE>(input);
+  float factors[9];
+  for (float& factor : factors) factor = TakeSetting<float>(input);
+  const bool isGiven = input.TakeByte() % 16 != 0;
+  world.Call(world.IsAlive(corrector), isGiven,
+             [&] { return KORVEL_ColorCorrector_SetColorCorrectionFactors(corrector, isGiven ? factors : nullptr); });
+}
+
+void ExpectedOutputSize(World& world, FuzzInput& input) {
+  const auto binning = world.Take<KORVEL_BINNING_HANDLE>(input);
+  const uint32_t format = TakeFormat(input);
+  const size_t width = TakeSize(input);
+  const size_t height = TakeSize(input);
+  Result outputWidth(input, Unwritten<size_t>());
+  Result outputHeight(input, Unwritten<size_t>());
+  const bool succeeded = world.Call(world.IsAlive(binning), outputWidth.IsGiven() && outputHeight.IsGiven(), [&] {
+    return KORVEL_Binning_ExpectedOutputSize(binning, outputWidth.Pointer(), outputHeight.Pointer(), width, height,
+                                             format);
+  });
+  KORVEL_FUZZ_REQUIRE(succeeded || (outputWidth.IsUntouched() && outputHeight.IsUntouched()));
+  if (succeeded) KORVEL_FUZZ_REQUIRE(outputWidth.Get() <= width && outputHeight.Get() <= height);
+}
+
+void CorrectHotpixels(World& world, FuzzInput& input) {
+  const auto corrector = world.Take<KORVEL_ADAPTIVE_HOTPIXEL_CORRECTOR_HANDLE>(input);
+  KORVEL_IMAGE_HANDLE const image = world.Take<KORVEL_IMAGE_HANDLE>(input);
+  std::vector<KORVEL_POINT_2D> points(input.TakeByte() % 16 + 1u);
+  for (KORVEL_POINT_2D& point : points) {
+    point.x = static_cast<decltype(point.x)>(TakeSize(input));
+    point.y = static_cast<decltype(point.y)>(TakeSize(input));
+  }
+  const bool isGiven = input.TakeByte() % 16 != 0;
+  world.CallForNew<KORVEL_IMAGE_HANDLE>(
+      input, world.IsAlive(corrector) && world.IsAlive(image), isGiven, [&](auto* handle) {
+        return KORVEL_AdaptiveHotpixelCorrector_Correct(corrector, image, isGiven ? points.data() : nullptr,
+                                                        points.size(), handle);
+      });
+}
+
+void ConstructHistogram(World& world, FuzzInput& input) {
+  KORVEL_IMAGE_HANDLE const image = world.Take<KORVEL_IMAGE_HANDLE>(input);
+  world.CallForNew<KORVEL_HISTOGRAM_HANDLE>(input, world.IsAlive(image), true,
+                                            [&](auto* handle) { return KORVEL_Histogram_Construct(image, handle); });
+}
+
+void ConstructPixelLine(World& world, FuzzInput& input) {
+  KORVEL_IMAGE_HANDLE const image = world.Take<KORVEL_IMAGE_HANDLE>(input);
+  const auto orientation = TakeSetting<uint32_t>(input);
+  const size_t offset = TakeSize(input);
+  world.CallForNew<KORVEL_PIXEL_LINE_HANDLE>(input, world.IsAlive(image), true, [&](auto* handle) {
+    return KORVEL_PixelLine_Construct(image, orientation, offset, handle);
+  });
+}
+
 constexpr void (*kOperations[])(World&, FuzzInput&) = {
     Call<KORVEL_Library_GetVersionMajor>,
     Call<KORVEL_Library_GetVersionMinor>,
@@ -647,6 +841,98 @@ constexpr void (*kOperations[])(World&, FuzzInput&) = {
     Convert,
     ConvertToBuffer,
     Call<KORVEL_ImageConverter_Destruct>,
+
+    Call<KORVEL_Gain_Construct>,
+    Call<KORVEL_Gain_SetMasterGainValue>,
+    Call<KORVEL_Gain_SetRedGainValue>,
+    Call<KORVEL_Gain_SetGreenGainValue>,
+    Call<KORVEL_Gain_SetBlueGainValue>,
+    Call<KORVEL_Gain_GetMasterGainValue>,
+    Call<KORVEL_Gain_GetRedGainValue>,
+    Call<KORVEL_Gain_GetGreenGainValue>,
+    Call<KORVEL_Gain_GetBlueGainValue>,
+    Call<KORVEL_Gain_GetMasterGainMin>,
+    Call<KORVEL_Gain_GetRedGainMin>,
+    Call<KORVEL_Gain_GetGreenGainMin>,
+    Call<KORVEL_Gain_GetBlueGainMin>,
+    Call<KORVEL_Gain_GetMasterGainMax>,
+    Call<KORVEL_Gain_GetRedGainMax>,
+    Call<KORVEL_Gain_GetGreenGainMax>,
+    Call<KORVEL_Gain_GetBlueGainMax>,
+    Call<KORVEL_Gain_GetIsPixelFormatSupported>,
+    Call<KORVEL_Gain_Process>,
+    Call<KORVEL_Gain_ProcessInPlace>,
+    Call<KORVEL_Gain_Destruct>,
+
+    Call<KORVEL_GammaCorrector_Construct>,
+    Call<KORVEL_GammaCorrector_SetGammaCorrectionValue>,
+    Call<KORVEL_GammaCorrector_GetGammaCorrectionValue>,
+    Call<KORVEL_GammaCorrector_GetGammaCorrectionMin>,
+    Call<KORVEL_GammaCorrector_GetGammaCorrectionMax>,
+    Call<KORVEL_GammaCorrector_GetIsPixelFormatSupported>,
+    Call<KORVEL_GammaCorrector_Process>,
+    Call<KORVEL_GammaCorrector_ProcessInPlace>,
+    Call<KORVEL_GammaCorrector_Destruct>,
+
+    Call<KORVEL_ColorCorrector_Construct>,
+    SetColorCorrectionFactors,
+    Call<KORVEL_ColorCorrector_GetColorCorrectionFactors>,
+    Call<KORVEL_ColorCorrector_GetIsPixelFormatSupported>,
+    Call<KORVEL_ColorCorrector_Process>,
+    Call<KORVEL_ColorCorrector_ProcessInPlace>,
+    Call<KORVEL_ColorCorrector_Destruct>,
+
+    Call<KORVEL_Binning_Construct>,
+    Call<KORVEL_Binning_SetBinningX>,
+    Call<KORVEL_Binning_SetBinningY>,
+    Call<KORVEL_Binning_GetBinningX>,
+    Call<KORVEL_Binning_GetBinningY>,
+    Call<KORVEL_Binning_GetBinningMin>,
+    Call<KORVEL_Binning_GetBinningMax>,
+    ExpectedOutputSize,
+    Call<KORVEL_Binning_SetBinningMode>,
+    Call<KORVEL_Binning_GetBinningMode>,
+    Call<KORVEL_Binning_IsPixelformatSupported>,
+    Call<KORVEL_Binning_Process>,
+    Call<KORVEL_Binning_Destruct>,
+
+    Call<KORVEL_AdaptiveHotpixelCorrector_Construct>,
+    Call<KORVEL_AdaptiveHotpixelCorrector_SetSensitivity>,
+    Call<KORVEL_AdaptiveHotpixelCorrector_GetSensitivity>,
+    Call<KORVEL_AdaptiveHotpixelCorrector_SetGainFactorPercent>,
+    Call<KORVEL_AdaptiveHotpixelCorrector_GetGainFactorPercent>,
+    Call<KORVEL_AdaptiveHotpixelCorrector_Detect>,
+    Call<KORVEL_AdaptiveHotpixelCorrector_GetHotpixels>,
+    CorrectHotpixels,
+    Call<KORVEL_AdaptiveHotpixelCorrector_CorrectAdaptive>,
+    Call<KORVEL_AdaptiveHotpixelCorrector_Destruct>,
+
+    Call<KORVEL_ImageTransformer_Construct>,
+    Call<KORVEL_ImageTransformer_MirrorUpDown>,
+    Call<KORVEL_ImageTransformer_MirrorLeftRight>,
+    Call<KORVEL_ImageTransformer_MirrorUpDownLeftRight>,
+    Call<KORVEL_ImageTransformer_MirrorUpDownInPlace>,
+    Call<KORVEL_ImageTransformer_MirrorLeftRightInPlace>,
+    Call<KORVEL_ImageTransformer_MirrorUpDownLeftRightInPlace>,
+    Call<KORVEL_ImageTransformer_Rotate>,
+    Call<KORVEL_ImageTransformer_RotateInPlace>,
+    Call<KORVEL_ImageTransformer_Destruct>,
+
+    ConstructHistogram,
+    Call<KORVEL_Histogram_GetPixelFormat>,
+    Call<KORVEL_Histogram_GetNumChannels>,
+    Call<KORVEL_Histogram_GetPixelSumForChannel>,
+    Call<KORVEL_Histogram_GetPixelCountForChannel>,
+    Call<KORVEL_Histogram_GetBinsForChannel>,
+    Call<KORVEL_Histogram_Destruct>,
+
+    ConstructPixelLine,
+    Call<KORVEL_PixelLine_GetPixelFormat>,
+    Call<KORVEL_PixelLine_GetOrientation>,
+    Call<KORVEL_PixelLine_GetOffset>,
+    Call<KORVEL_PixelLine_GetNumChannels>,
+    Call<KORVEL_PixelLine_GetValuesForChannel>,
+    Call<KORVEL_PixelLine_Destruct>,
 
     Call<KORVEL_ImageWriter_WriteAsRAW>,
     Call<KORVEL_ImageWriter_WriteAsBMP>,

@@ -29,6 +29,7 @@ readonly base_packages=(
   git:git
   libpng-dev:/png.h
   libjpeg62-turbo-dev:/jpeglib.h
+  libcairo2-dev:/cairo/cairo.h
   libcli11-dev:/CLI/CLI.hpp
   nlohmann-json3-dev:/nlohmann/json.hpp
   libgtest-dev:/gtest/gtest.h

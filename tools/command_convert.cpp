@@ -1,26 +1,20 @@
 #include "command_convert.h"
 
-#include <cstddef>
-#include <cstdint>
 #include <filesystem>
 #include <iostream>
 #include <map>
 #include <memory>
-#include <optional>
 #include <string>
 #include <system_error>
 #include <vector>
 
 #include "batch.h"
 #include "file_type.h"
-#include "format_names.h"
-#include "handles.h"
 #include "image_input.h"
 #include "image_output.h"
-#include "korvel/korvel.h"
-#include "library_error.h"
-#include "options.h"
+#include "picture_writer.h"
 #include "progress_bar.h"
+#include "tool_error.h"
 
 namespace korvel::tools {
 namespace {
@@ -30,104 +24,27 @@ struct ConvertArguments {
   std::string output_folder;
   std::string ending;
   InputOptions input;
-  std::string to;
-  std::string mode = "fast";
-  std::string quality;
+  PictureOptions picture;
 };
 
-// "Mono8, BGR8, ...": what a format converts to. Empty where the library has no answer.
-std::string OutputFormats(const ImageConverter& converter, const NamedFormat& input) {
-  size_t count = 0;
-  if (KORVEL_ImageConverter_GetSupportedOutputPixelFormats(converter.Get(), input.id, nullptr, &count) !=
-      KORVEL_RETURN_CODE_Success) {
-    return {};
-  }
-  std::vector<uint32_t> ids(count);
-  if (ids.empty() || KORVEL_ImageConverter_GetSupportedOutputPixelFormats(converter.Get(), input.id, ids.data(),
-                                                                          &count) != KORVEL_RETURN_CODE_Success) {
-    return {};
-  }
-  std::string names;
-  for (const uint32_t id : ids) names += (names.empty() ? "" : ", ") + NameOfFormat(id);
-  return names;
+void Convert(const std::string& input, const std::string& output, const InputOptions& options,
+             const PictureWriter& writer, const ProgressBar& bar) {
+  RefuseSameFile(input, output);
+  const LoadedImage loaded = LoadImage(input, options);
+  if (loaded.bytes_left > 0) bar.Clear();
+  PrintNotes(input, loaded);
+  const ImageFacts written = writer.Write(loaded.image, output);
+  if (bar.IsShown()) return;  // which tells enough of many files
+  PrintWritten(output, written);
+  writer.PrintNotes(output, written);
 }
-
-// What is written of an image whose own format the file type doesn't take: 8 bits, and colour where it has colour.
-NamedFormat PictureFormat(const NamedFormat& format) {
-  return UnpackedFormat(IsBayer(format) ? PixelFamily::kBGRa : format.family, 8);
-}
-
-// Whether files of this type are made to be looked at.
-bool IsPicture(FileType type) { return type == FileType::kBmp || type == FileType::kJpeg || type == FileType::kPng; }
-
-// Converts files, one after the other, and keeps what they can share.
-class FileConverter {
- public:
-  explicit FileConverter(const ConvertArguments& arguments) : arguments_(arguments) {
-    if (!arguments.to.empty()) to_ = FindFormat(arguments.to, "--to");
-    if (!arguments.quality.empty()) {
-      quality_ = static_cast<uint32_t>(ParseWhole("--quality", arguments.quality, 0, 100));
-    }
-    Require(KORVEL_ImageConverter_Construct(converter_.Out()), "make a converter",
-            "Close other programs and try again.");
-    Require(KORVEL_ImageConverter_SetConversionMode(converter_.Get(), ParseMode(arguments.mode)), "set the mode",
-            "Check --mode.");
-  }
-
-  void Convert(const std::string& input, const std::string& output, const ProgressBar& bar) const {
-    RefuseSameFile(input, output);
-    const LoadedImage loaded = LoadImage(input, arguments_.input);
-    if (loaded.bytes_left > 0) bar.Clear();
-    PrintNotes(input, loaded);
-
-    if (!to_) {
-      const KORVEL_RETURN_CODE code = TryWriteImage(loaded.image, output, quality_);
-      if (code == KORVEL_RETURN_CODE_Success) {
-        Tell(output, loaded.facts, bar);
-        if (IsBayer(loaded.facts.format) && IsPicture(TypeOfFile(output))) {
-          bar.Clear();
-          std::cerr << "korvel: note: '" << output << "' shows the bare mosaic of " << loaded.facts.format.name
-                    << "; --to BGRa8 makes colours of it\n";
-        }
-        return;
-      }
-      if (code != KORVEL_RETURN_CODE_ImageFormatNotSupported) throw WriteError(code, output);
-    }
-    const Image picture = ConvertTo(to_.value_or(PictureFormat(loaded.facts.format)), loaded);
-    WriteImage(picture, output, quality_);
-    Tell(output, FactsOf(picture), bar);
-  }
-
- private:
-  Image ConvertTo(const NamedFormat& format, const LoadedImage& loaded) const {
-    Image picture;
-    const KORVEL_RETURN_CODE code =
-        KORVEL_ImageConverter_Convert(converter_.Get(), loaded.image.Get(), format.id, picture.Out());
-    if (code == KORVEL_RETURN_CODE_Success) return picture;
-    const NamedFormat& from = loaded.facts.format;
-    const ToolError error =
-        LibraryError(code, "convert " + std::string(from.name) + " to " + std::string(format.name), "");
-    const std::string formats = OutputFormats(converter_, from);
-    throw ToolError(error.what(),
-                    formats.empty() ? "Choose another format by --to." : "Choose by --to: " + formats + ".");
-  }
-
-  // A bar tells enough of many files.
-  static void Tell(const std::string& output, const ImageFacts& facts, const ProgressBar& bar) {
-    if (!bar.IsShown()) PrintWritten(output, facts);
-  }
-
-  const ConvertArguments& arguments_;
-  std::optional<NamedFormat> to_;
-  std::optional<uint32_t> quality_;
-  ImageConverter converter_;
-};
 
 void ConvertOne(const ConvertArguments& arguments) {
   if (!arguments.ending.empty()) throw CLI::RequiredError("--as names the files of an output folder, for which -o");
   if (arguments.paths.size() == 1) throw CLI::RequiredError("OUT, or an output folder by -o,");
   if (arguments.paths.size() > 2) throw CLI::RequiredError("For several inputs an output folder, by -o,");
-  FileConverter(arguments).Convert(arguments.paths[0], arguments.paths[1], ProgressBar("converting", 1));
+  Convert(arguments.paths[0], arguments.paths[1], arguments.input, PictureWriter(arguments.picture),
+          ProgressBar("converting", 1));
 }
 
 // The output of each input. Throws ToolError before anything is written if two inputs share one.
@@ -156,7 +73,7 @@ std::map<std::string, std::string> OutputPaths(const ConvertArguments& arguments
 
 void ConvertMany(const ConvertArguments& arguments) {
   const std::map<std::string, std::string> outputs = OutputPaths(arguments);
-  const FileConverter converter(arguments);
+  const PictureWriter writer(arguments.picture);
   std::error_code error;
   std::filesystem::create_directories(arguments.output_folder, error);
   if (error) {
@@ -165,7 +82,7 @@ void ConvertMany(const ConvertArguments& arguments) {
   }
   const ProgressBar bar("converting", arguments.paths.size());
   ForEachFile(arguments.paths, bar,
-              [&](const std::string& input) { converter.Convert(input, outputs.at(input), bar); });
+              [&](const std::string& input) { Convert(input, outputs.at(input), arguments.input, writer, bar); });
   if (bar.IsShown()) {
     std::cout << "wrote " << arguments.paths.size() << " files to " << arguments.output_folder << "\n";
   }
@@ -184,24 +101,12 @@ void AddConvertCommand(CLI::App& app) {
   command->add_option("--as", arguments->ending, "Type of the files in FOLDER: png, bmp, jpg, jpeg, raw or bin (png)")
       ->type_name("ENDING");
   AddInputOptions(*command, arguments->input);
-  command->add_option("--to", arguments->to, "Pixel format of OUT (that of IN where the file type takes it)")
-      ->type_name("FORMAT");
-  command->add_option("--mode", arguments->mode, "How Bayer images become colour: fast, hq or classic (fast)")
-      ->type_name("MODE");
-  command
-      ->add_option("--quality", arguments->quality,
-                   "JPEG: 0 smallest to 100 best (75); PNG: 10 smallest to 100 fastest, the same picture (100)")
-      ->type_name("0..100");
+  AddPictureOptions(*command, arguments->picture);
   command->footer(
       std::string(
-          "The ending of OUT tells its type: .png, .bmp, .jpg, .jpeg, .raw (the library's own, with any format) "
-          "or .bin\n"
-          "(bare pixels). Without --to, a format that the type doesn't take becomes 8 bits: BGRa8 from Bayer, "
-          "Mono8 from\n"
-          "mono. A Bayer format that it takes stays a mosaic, which looks like a grey picture; --to BGRa8 makes "
-          "colours.\n"
+          "Takes IN and OUT; or any number of inputs with -o FOLDER, where each keeps its name but for the ending.\n"
           "\n") +
-      kInputHelp +
+      kOutputHelp + "\n" + kInputHelp +
       "\n"
       "Modes: fast interpolates, hq is sharper at edges, classic is shifted by half a pixel. Where classic does not "
       "exist\n"

@@ -67,7 +67,8 @@ void Info(const InfoArguments& arguments) {
   const ProgressBar bar("reading", arguments.files.size());
   try {
     ForEachFile(arguments.files, bar, [&](const std::string& path) {
-      const LoadedImage loaded = LoadImage(path, arguments.input);
+      LoadedImage loaded = LoadImage(path, arguments.input);
+      Unpack(loaded.image);
       const std::vector<ColourStatistics> statistics = Measure(ReadSamples(loaded.image));
       bar.Clear();
       PrintNotes(path, loaded);

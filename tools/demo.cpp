@@ -114,7 +114,7 @@ void Run(const std::filesystem::path& folder, double seconds) {
 
   std::vector<uint8_t> frame = MakeFrame();
   const std::filesystem::path frame_path = folder / "frame_BayerRG12p_1920x1080.bin";
-  WritePixelFile(frame_path.string(), frame.data(), frame.size());
+  WriteBytes(frame_path.string(), frame.data(), frame.size());
   std::cout << "A test frame of " << kWidth << " x " << kHeight << " pixels in BayerRG12p, converted to BGRa8\n\n";
 
   std::vector<std::string> written{frame_path.string()};

@@ -21,14 +21,23 @@ constexpr std::array<std::pair<std::string_view, FileType>, 6> kEndings{{{".bmp"
 
 }  // namespace
 
-FileType TypeOfFile(const std::string& path) {
+std::string NameOfFile(const std::string& path) { return std::filesystem::path(path).filename().string(); }
+
+std::string EndingOf(const std::string& path) {
   std::string ending = std::filesystem::path(path).extension().string();
   std::transform(ending.begin(), ending.end(), ending.begin(),
                  [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
+  return ending;
+}
+
+FileType TypeOfFile(const std::string& path) {
+  const std::string ending = EndingOf(path);
   const auto* const found =
       std::find_if(kEndings.begin(), kEndings.end(), [&](const auto& entry) { return entry.first == ending; });
   return found == kEndings.end() ? FileType::kUnknown : found->second;
 }
+
+bool IsPicture(FileType type) { return type == FileType::kBmp || type == FileType::kJpeg || type == FileType::kPng; }
 
 std::string_view NameOfFileType(FileType type) {
   switch (type) {

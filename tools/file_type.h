@@ -11,6 +11,15 @@ enum class FileType { kBmp, kJpeg, kPng, kRaw, kBarePixels, kUnknown };
 // The ending counts in upper and lower case.
 FileType TypeOfFile(const std::string& path);
 
+// A path without its folder.
+std::string NameOfFile(const std::string& path);
+
+// The ending of a path with its point, in lower case.
+std::string EndingOf(const std::string& path);
+
+// Whether files of this type are made to be looked at.
+bool IsPicture(FileType type);
+
 // As people call it: "PNG", "bare pixels".
 std::string_view NameOfFileType(FileType type);
 

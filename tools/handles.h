@@ -41,5 +41,14 @@ class UniqueHandle {
 
 using Image = UniqueHandle<KORVEL_IMAGE_HANDLE, KORVEL_Image_Destruct>;
 using ImageConverter = UniqueHandle<KORVEL_IMAGE_CONVERTER_HANDLE, KORVEL_ImageConverter_Destruct>;
+using Gain = UniqueHandle<KORVEL_GAIN_HANDLE, KORVEL_Gain_Destruct>;
+using GammaCorrector = UniqueHandle<KORVEL_GAMMA_CORRECTOR_HANDLE, KORVEL_GammaCorrector_Destruct>;
+using ColorCorrector = UniqueHandle<KORVEL_COLOR_CORRECTOR_HANDLE, KORVEL_ColorCorrector_Destruct>;
+using Binning = UniqueHandle<KORVEL_BINNING_HANDLE, KORVEL_Binning_Destruct>;
+using HotpixelCorrector =
+    UniqueHandle<KORVEL_ADAPTIVE_HOTPIXEL_CORRECTOR_HANDLE, KORVEL_AdaptiveHotpixelCorrector_Destruct>;
+using ImageTransformer = UniqueHandle<KORVEL_IMAGE_TRANSFORMER_HANDLE, KORVEL_ImageTransformer_Destruct>;
+using Histogram = UniqueHandle<KORVEL_HISTOGRAM_HANDLE, KORVEL_Histogram_Destruct>;
+using PixelLine = UniqueHandle<KORVEL_PIXEL_LINE_HANDLE, KORVEL_PixelLine_Destruct>;
 
 }  // namespace korvel::tools

@@ -35,7 +35,7 @@ KORVEL_RETURN_CODE TryWriteImage(const Image& image, const std::string& path, st
   const FileType type = TypeOfFile(path);
   if (type == FileType::kBarePixels) {
     const ImageFacts facts = FactsOf(image);
-    WritePixelFile(path, facts.bytes, facts.byte_count);
+    WriteBytes(path, facts.bytes, facts.byte_count);
     return KORVEL_RETURN_CODE_Success;
   }
   if (quality && type == FileType::kPng) {

@@ -7,9 +7,16 @@
 #include <new>
 #include <string>
 
+#include "command_bin.h"
 #include "command_convert.h"
+#include "command_correct.h"
 #include "command_formats.h"
+#include "command_histogram.h"
+#include "command_hot_pixels.h"
 #include "command_info.h"
+#include "command_line.h"
+#include "command_mirror.h"
+#include "command_rotate.h"
 #include "command_simulate.h"
 #include "korvel/korvel.h"
 #include "library_error.h"
@@ -42,11 +49,20 @@ int Run(int argc, char** argv) {
       "  korvel info picture.png\n"
       "  korvel convert frame.bin frame.png --format BayerRG12p --size 2592x1536\n"
       "  korvel simulate scene.png --format RGB8 --size 1920x1080\n"
+      "  korvel correct picture.png lighter.png --gamma 2.2\n"
+      "  korvel histogram picture.png\n"
       "'korvel COMMAND --help' tells more.");
   AddFormatsCommand(app);
   AddInfoCommand(app);
   AddConvertCommand(app);
   AddSimulateCommand(app);
+  AddCorrectCommand(app);
+  AddBinCommand(app);
+  AddMirrorCommand(app);
+  AddRotateCommand(app);
+  AddHistogramCommand(app);
+  AddLineCommand(app);
+  AddHotPixelsCommand(app);
 
   try {
     app.parse(argc, argv);

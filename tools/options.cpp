@@ -1,8 +1,8 @@
 #include "options.h"
 
+#include <algorithm>
 #include <charconv>
 #include <limits>
-#include <optional>
 #include <sstream>
 #include <string>
 #include <system_error>
@@ -64,6 +64,23 @@ double ParseDecimal(std::string_view option, std::string_view text, double least
   std::ostringstream advice;
   advice << "Give a number from " << least << " to " << most << ", such as 1.5.";
   throw ToolError(std::string(option) + ": " + Quoted(text) + " is not a number that can be used here", advice.str());
+}
+
+std::optional<std::vector<float>> ParseList(std::string_view text) {
+  constexpr std::string_view kSeparators = ",; \t\r\n";
+  std::vector<float> numbers;
+  for (size_t begin = text.find_first_not_of(kSeparators); begin != std::string_view::npos;) {
+    const size_t end = std::min(text.find_first_of(kSeparators, begin), text.size());
+    const auto number = ParseNumber<float>(text.substr(begin, end - begin));
+    if (!number) return std::nullopt;
+    numbers.push_back(*number);
+    begin = text.find_first_not_of(kSeparators, end);
+  }
+  return numbers;
+}
+
+uint32_t ParseHotPixelLevel(std::string_view option, std::string_view text) {
+  return static_cast<uint32_t>(ParseWhole(option, text, 1, 5));
 }
 
 KORVEL_CONVERSION_MODE ParseMode(std::string_view text) {

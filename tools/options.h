@@ -3,7 +3,9 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <optional>
 #include <string_view>
+#include <vector>
 
 #include "korvel/korvel.h"
 
@@ -25,6 +27,12 @@ uint64_t ParseWhole(std::string_view option, std::string_view text, uint64_t lea
 
 // A decimal number, such as 1.5, within the limits. Throws ToolError.
 double ParseDecimal(std::string_view option, std::string_view text, double least, double most);
+
+// Decimal numbers with commas, semicolons, spaces or line ends between them; nothing where something else is there.
+std::optional<std::vector<float>> ParseList(std::string_view text);
+
+// How readily a pixel counts as hot: 1 to 5. Throws ToolError.
+uint32_t ParseHotPixelLevel(std::string_view option, std::string_view text);
 
 // "fast", "hq" or "classic". Throws ToolError.
 KORVEL_CONVERSION_MODE ParseMode(std::string_view text);

@@ -112,7 +112,7 @@ PixelFile ReadPixelFile(const PixelFileRequest& request) {
   return result;
 }
 
-void WritePixelFile(const std::string& path, const uint8_t* bytes, size_t count) {
+void WriteBytes(const std::string& path, const uint8_t* bytes, size_t count) {
   const std::string advice = "Check the folder, its permissions and the space there.";
   Descriptor file(path, O_WRONLY | O_CREAT | O_TRUNC);
   if (file.Get() < 0) throw SystemError("open", path, advice);

@@ -1,4 +1,4 @@
-// Files of bare pixels, as cameras and their programs dump them.
+// Files of bare pixels, as cameras and their programs dump them, and the writing of any bytes.
 #pragma once
 
 #include <cstddef>
@@ -25,6 +25,6 @@ struct PixelFile {
 PixelFile ReadPixelFile(const PixelFileRequest& request);
 
 // Writes count bytes, and nothing else, to a file, in place of one that is there. Throws ToolError.
-void WritePixelFile(const std::string& path, const uint8_t* bytes, size_t count);
+void WriteBytes(const std::string& path, const uint8_t* bytes, size_t count);
 
 }  // namespace korvel::tools

@@ -3,18 +3,16 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <string_view>
 #include <vector>
 
+#include "colours.h"
+#include "handles.h"
 #include "image_facts.h"
 
 namespace korvel::tools {
 
-// Colours as people tell them apart; alpha is not one, but a channel as well.
-enum class Colour { kGrey, kRed, kGreen, kBlue, kAlpha };
-
-// "red"
-std::string_view NameOfColour(Colour colour);
+// Replaces an image whose format is packed by one with the unpacked format of its depth. Throws ToolError.
+void Unpack(Image& image);
 
 // The samples of an image line by line, with the channels of a pixel side by side.
 struct Samples {
@@ -23,12 +21,9 @@ struct Samples {
   size_t height = 0;
   std::vector<uint16_t> values{};
   size_t channels = 1;  // of each pixel
-
-  // The colour of a channel of the pixel at this place; that of a mosaic depends on the place.
-  Colour ColourAt(size_t column, size_t row, size_t channel) const;
 };
 
-// Packed formats are unpacked on the way. Throws ToolError.
+// The image is not of a packed format. Throws ToolError.
 Samples ReadSamples(const Image& image);
 
 struct ColourStatistics {

@@ -127,10 +127,9 @@ check "no failure leaves a picture" [ ! -e x.png ]
 
 # --- help
 
-for arguments in --help 'formats --help' 'info --help' 'convert --help' 'simulate --help'; do
-  # shellcheck disable=SC2086  # two words are meant
-  succeeds $arguments
-  check "$arguments has examples" grep -q '^  korvel ' out
+for command in '' formats info convert simulate correct bin mirror rotate histogram line hot-pixels; do
+  succeeds ${command:+"$command"} --help
+  check "$command --help has examples" grep -q '^  korvel ' out
   grep '^  korvel ' out >>examples
 done
 succeeds --version
@@ -156,5 +155,8 @@ check "the examples make grey.png" is_png grey.png 640 480 8 $grey
 check "the examples make scene.png" is_png scene.png 1920 1080 8 $rgb
 check "the examples make a numbered stream" [ -s stream_0003.raw ]
 check "the examples make a folder of pictures" [ -s pictures/photo.bmp ]
+check "the examples make plots" [ -s histogram.svg ]
+check "the examples make a plot's picture" is_png histogram.png 1000 560 8 $rgba
+check "the examples mark hot pixels" is_png marked.png 640 480 8 $rgba
 
 ends_well

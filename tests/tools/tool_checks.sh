@@ -58,6 +58,12 @@ bytes_of() {  # bytes_of FILE OFFSET COUNT: in hexadecimal
   od -An -v -tx1 -j "$2" -N "$3" "$1" | tr -d ' \n'
 }
 
+is_bytes() {  # is_bytes FILE NUMBER...: in decimal
+  local file=$1
+  shift
+  [ "$(od -An -v -tu1 -w1 "$file" | tr -d ' ' | tr '\n' ' ')" = "$* " ]
+}
+
 is_png() {  # is_png FILE WIDTH HEIGHT BIT_DEPTH COLOUR_TYPE
   local header
   printf -v header '%08x%08x%02x%02x000000' "$2" "$3" "$4" "$5"

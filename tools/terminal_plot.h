@@ -1,0 +1,13 @@
+// Plots as text, for terminals.
+#pragma once
+
+#include <iosfwd>
+
+#include "plot.h"
+
+namespace korvel::tools {
+
+// A small plot for each series, of block characters in UTF-8; in_colour adds the escapes for colours.
+void PrintPlot(std::ostream& out, const Plot& plot, bool in_colour);
+
+}  // namespace korvel::tools
