@@ -9,6 +9,7 @@
 #include "processing/geometry/image_transformer.h"
 #include "processing/measure/collect_line.h"
 #include "processing/measure/histogram.h"
+#include "video/video_library.h"
 
 namespace korvel::internal {
 
@@ -54,6 +55,10 @@ void ImageHandleMap::ReplaceImage(Handle handle, Buffer newBuffer) {
   if (found->second->get() != newBuffer.get()) handlesByBuffer_.erase(found->second->get());
   oldBuffer = std::exchange(*found->second, std::move(newBuffer));
 }
+
+// What videos use is made first: it has to be there still when the registry goes, and with it a video that was left
+// open.
+HandleRegistry::HandleRegistry() { libvideo::PrepareVideo(); }
 
 HandleRegistry& HandleRegistry::Instance() {
   static HandleRegistry registry;

@@ -26,6 +26,10 @@ struct HistogramRecord;
 struct LineRecord;
 }  // namespace img::processing
 
+namespace libvideo {
+class VideoLibrary;
+}
+
 namespace korvel::internal {
 
 using Handle = uintptr_t;
@@ -102,9 +106,10 @@ class HandleRegistry {
   HandleMap<img::processing::HistogramRecord>& Histograms() { return histograms_; }
   HandleMap<img::processing::LineRecord>& PixelLines() { return pixelLines_; }
   HandleMap<img::processing::ImageTransformer>& ImageTransformers() { return imageTransformers_; }
+  HandleMap<libvideo::VideoLibrary>& Videos() { return videos_; }
 
  private:
-  HandleRegistry() = default;
+  HandleRegistry();
 
   HandleMap<img::processing::ImageConverter> imageConverters_{"Given imageConverter was already added!"};
   HandleMap<img::processing::AdaptiveHotpixelCorrection> adaptiveHotpixelCorrectors_{
@@ -118,6 +123,7 @@ class HandleRegistry {
   HandleMap<img::processing::HistogramRecord> histograms_{"Given histogramData was already added!"};
   HandleMap<img::processing::LineRecord> pixelLines_{"Given lineData was already added!"};
   HandleMap<img::processing::ImageTransformer> imageTransformers_{"Given imageTransformer was already added!"};
+  HandleMap<libvideo::VideoLibrary> videos_{"Given video was already added!"};
 };
 
 // Between the handle types of the exported header and the registry's numbers.

@@ -30,6 +30,7 @@ readonly base_packages=(
   libpng-dev:/png.h
   libjpeg62-turbo-dev:/jpeglib.h
   libcairo2-dev:/cairo/cairo.h
+  libturbojpeg0-dev:/turbojpeg.h
   libcli11-dev:/CLI/CLI.hpp
   nlohmann-json3-dev:/nlohmann/json.hpp
   libgtest-dev:/gtest/gtest.h
@@ -38,6 +39,7 @@ readonly base_packages=(
   pngcheck:pngcheck
   imagemagick:convert-im6.q16
   libjpeg-turbo-progs:djpeg
+  ffmpeg:ffmpeg
 )
 readonly all_packages=(
   clang:clang++

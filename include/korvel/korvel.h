@@ -166,6 +166,7 @@ typedef struct KORVEL_ADAPTIVE_HOTPIXEL_CORRECTOR_HANDLE_S* KORVEL_ADAPTIVE_HOTP
 typedef struct KORVEL_IMAGE_TRANSFORMER_HANDLE_S* KORVEL_IMAGE_TRANSFORMER_HANDLE;
 typedef struct KORVEL_HISTOGRAM_HANDLE_S* KORVEL_HISTOGRAM_HANDLE;
 typedef struct KORVEL_PIXEL_LINE_HANDLE_S* KORVEL_PIXEL_LINE_HANDLE;
+typedef struct KORVEL_VIDEO_HANDLE_S* KORVEL_VIDEO_HANDLE;
 
 /* ------------------------------------------------------------------------------------------------------ library -- */
 
@@ -1166,6 +1167,163 @@ KORVEL_API KORVEL_RETURN_CODE KORVEL_ImageReader_Read(const char* filePath, size
 KORVEL_API KORVEL_RETURN_CODE KORVEL_ImageReaderRead_ReadAsPixelFormat(const char* filePath, size_t filePathSize,
                                                                        uint32_t pixelFormat,
                                                                        KORVEL_IMAGE_HANDLE* outputImageHandle);
+/* ------------------------------------------------------------------------------------------------ video writer -- */
+
+/*
+ * Recording a stream of images to a file, while the stream goes on.
+ *
+ * KORVEL_VideoWriter_Video_Append copies an image into a queue and returns; a worker thread of the video compresses the
+ * queued images and writes them. Nobody waits for the encoder or the disk: an image that finds the queue full is
+ * dropped, counted, and told to the caller (QueueFull). Images that the worker can't compress or write, or that come
+ * when the disk has less than 5025 KiB left, are dropped and counted too.
+ *
+ * A file holds up to 4 GiB of compressed images; beyond that images are dropped, and the file stays good. It can be
+ * played once it is closed. A video that is still open when the process ends is closed then, with all that is queued.
+ *
+ * Up to 48 videos can be open at a time. Any thread may call any function on one video.
+ */
+
+/* Containers and encoders. AVI with MJPEG can be written. */
+enum { KORVEL_VIDEO_CONTAINER_AVI = 0 };
+enum { KORVEL_VIDEO_ENCODER_AVI = 0, KORVEL_VIDEO_ENCODER_MJPEG = 1 };
+
+/* Options of encoders: Quality is an int32_t from 1 to 100, at first 75. */
+enum { KORVEL_VIDEO_ENCODER_OPTION_Quality = 0 };
+
+/* Options of containers: FramesPerSecond is a double above 0, at first 25.0; players take its whole part. */
+enum { KORVEL_VIDEO_CONTAINER_OPTION_FramesPerSecond = 0 };
+
+/*
+ * Makes a file and a video on it. fileName is UTF-8 and ends in a zero. A file that exists is never overwritten.
+ *
+ * *videoHandle is read: initialise it with null. It may hold a handle that was closed, but not one of an open video.
+ *
+ * InvalidArgument  videoHandle is null, *videoHandle is an open video, or the encoder can't be written
+ * AccessFailed     the file exists
+ * Error            no container or encoder has this number, fileName is null or not UTF-8, the file can't be made, or
+ *                  48 videos are open
+ */
+KORVEL_API KORVEL_RETURN_CODE KORVEL_VideoWriter_Video_Open(KORVEL_VIDEO_HANDLE* videoHandle, const char* fileName,
+                                                            uint16_t container, uint16_t encoder);
+
+/*
+ * 1 for an open video, 0 for any other handle.
+ *
+ * InvalidArgument  isOpen is null
+ */
+KORVEL_API KORVEL_RETURN_CODE KORVEL_VideoWriter_Video_IsOpen(KORVEL_VIDEO_HANDLE videoHandle, uint8_t* isOpen);
+
+/*
+ * Waits until all queued images are written, ends the file, and ends the handle.
+ *
+ * InvalidHandle  videoHandle is not known
+ * Error          the end of the file could not be written; the handle stays, to ask how far it came, and a second call
+ *                ends it
+ */
+KORVEL_API KORVEL_RETURN_CODE KORVEL_VideoWriter_Video_Close(KORVEL_VIDEO_HANDLE videoHandle);
+
+/*
+ * Appends an image of Mono8, RGB8, BGR8, RGBa8 or BGRa8, whose pixels are copied. All images of a video have the size
+ * and format of the first, a width of 16 or more that is a multiple of 8, and a height of 16 or more.
+ *
+ * InvalidHandle            videoHandle or imageHandle is not known
+ * ImageFormatNotSupported  the image has another format
+ * AccessFailed             size or format are not those of the first image
+ * InvalidArgument          the image has no data, or the first image's size can't be recorded
+ * QueueFull                the image was dropped; the recording goes on
+ * Error                    the file has reached its limit, or the recording could not be started
+ */
+KORVEL_API KORVEL_RETURN_CODE KORVEL_VideoWriter_Video_Append(KORVEL_VIDEO_HANDLE videoHandle,
+                                                              KORVEL_IMAGE_HANDLE imageHandle);
+
+/*
+ * Options, also while recording; a new quality counts from the next image that is compressed. value points to the
+ * option's value and valueSize is its size in bytes: 4 for an int32_t, 8 for a double. sizeWritten may be null.
+ *
+ * InvalidHandle    videoHandle is not known
+ * InvalidArgument  a pointer is null, valueSize is not the option's, or the value is out of range
+ * Error            no option has this number
+ */
+KORVEL_API KORVEL_RETURN_CODE KORVEL_VideoWriter_Encoder_SetOption(KORVEL_VIDEO_HANDLE videoHandle, uint32_t option,
+                                                                   const void* value, size_t valueSize);
+KORVEL_API KORVEL_RETURN_CODE KORVEL_VideoWriter_Container_SetOption(KORVEL_VIDEO_HANDLE videoHandle, uint32_t option,
+                                                                     const void* value, size_t valueSize);
+KORVEL_API KORVEL_RETURN_CODE KORVEL_VideoWriter_Encoder_GetOption(KORVEL_VIDEO_HANDLE videoHandle, uint32_t option,
+                                                                   void* value, size_t valueSize, size_t* sizeWritten);
+KORVEL_API KORVEL_RETURN_CODE KORVEL_VideoWriter_Container_GetOption(KORVEL_VIDEO_HANDLE videoHandle, uint32_t option,
+                                                                     void* value, size_t valueSize,
+                                                                     size_t* sizeWritten);
+
+/*
+ * The range of an encoder's option: three values of the option's type. Options of containers have no range, and
+ * KORVEL_VideoWriter_Container_OptionRange always fails with NotSupported, which leaves no text.
+ *
+ * InvalidHandle    videoHandle is not known
+ * InvalidArgument  a pointer is null
+ * Error            no option has this number
+ */
+KORVEL_API KORVEL_RETURN_CODE KORVEL_VideoWriter_Encoder_OptionRange(KORVEL_VIDEO_HANDLE videoHandle, uint32_t option,
+                                                                     void* min, void* max, void* inc);
+KORVEL_API KORVEL_RETURN_CODE KORVEL_VideoWriter_Container_OptionRange(KORVEL_VIDEO_HANDLE videoHandle, uint32_t option,
+                                                                       void* min, void* max, void* inc);
+
+/*
+ * What can be combined. Each writes the number of elements into *size, and the elements into the array unless that is
+ * null; the value that *size had is not looked at. So ask with a null array first, and give room for that many: one
+ * encoder, one container, five pixel formats.
+ *
+ * InvalidArgument  size is null
+ * Error            no encoder has this number
+ */
+KORVEL_API KORVEL_RETURN_CODE KORVEL_VideoWriter_GetSupportedEncodersForAContainer(uint16_t container,
+                                                                                   uint16_t* encoders, size_t* size);
+KORVEL_API KORVEL_RETURN_CODE KORVEL_VideoWriter_GetSupportedContainersForAnEncoder(uint16_t encoder,
+                                                                                    uint16_t* containers, size_t* size);
+KORVEL_API KORVEL_RETURN_CODE KORVEL_VideoWriter_Encoder_GetSupportedPixelFormats(uint16_t encoder,
+                                                                                  uint32_t* pixelFormats, size_t* size);
+
+/*
+ * How far a recording came: images written, images dropped, and the bytes of all written images, compressed.
+ * KORVEL_VideoWriter_Video_ResetFrameCounters sets the first two to 0. After the limit of the file, images are counted
+ * as dropped only while the queue is empty.
+ *
+ * InvalidHandle    videoHandle is not known
+ * InvalidArgument  the result pointer is null
+ */
+KORVEL_API KORVEL_RETURN_CODE KORVEL_VideoWriter_Video_GetEncodedFrames(KORVEL_VIDEO_HANDLE videoHandle,
+                                                                        uint64_t* numFrames);
+KORVEL_API KORVEL_RETURN_CODE KORVEL_VideoWriter_Video_GetDroppedFrames(KORVEL_VIDEO_HANDLE videoHandle,
+                                                                        uint64_t* numFrames);
+KORVEL_API KORVEL_RETURN_CODE KORVEL_VideoWriter_Video_GetFileSize(KORVEL_VIDEO_HANDLE videoHandle,
+                                                                   uint64_t* fileSize_bytes);
+KORVEL_API KORVEL_RETURN_CODE KORVEL_VideoWriter_Video_ResetFrameCounters(KORVEL_VIDEO_HANDLE videoHandle);
+
+/*
+ * The queue: how many images it holds, 16 at first and, once the first image has told the size, as many as fit 200 MiB
+ * at four bytes a pixel (none, if an image is larger than that). Between opening and the first image it can be set,
+ * from 1 to 1000, which then stands. The image that is being compressed counts as queued.
+ *
+ * InvalidHandle    videoHandle is not known
+ * InvalidArgument  a result pointer is null, or size is out of range
+ * Error            the recording has begun
+ */
+KORVEL_API KORVEL_RETURN_CODE KORVEL_VideoWriter_Queue_SetSize(KORVEL_VIDEO_HANDLE videoHandle, uint32_t size);
+KORVEL_API KORVEL_RETURN_CODE KORVEL_VideoWriter_Queue_GetSize(KORVEL_VIDEO_HANDLE videoHandle, uint32_t* size);
+KORVEL_API KORVEL_RETURN_CODE KORVEL_VideoWriter_Queue_GetRange(KORVEL_VIDEO_HANDLE videoHandle, uint32_t* minSize,
+                                                                uint32_t* maxSize);
+KORVEL_API KORVEL_RETURN_CODE KORVEL_VideoWriter_Queue_GetQueued(KORVEL_VIDEO_HANDLE videoHandle, uint32_t* queued);
+
+/*
+ * Waits until the worker has run the queue dry, at most timeoutMs milliseconds; at once for an empty queue. Both
+ * functions wait for the same moment: WaitUntilFrameDone doesn't answer for each image.
+ *
+ * InvalidHandle  videoHandle is not known
+ * Timeout        time ran out
+ */
+KORVEL_API KORVEL_RETURN_CODE KORVEL_VideoWriter_Video_WaitUntilFrameDone(KORVEL_VIDEO_HANDLE videoHandle,
+                                                                          uint32_t timeoutMs);
+KORVEL_API KORVEL_RETURN_CODE KORVEL_VideoWriter_Video_WaitUntilQueueEmpty(KORVEL_VIDEO_HANDLE videoHandle,
+                                                                           uint32_t timeoutMs);
 
 #ifdef __cplusplus
 }

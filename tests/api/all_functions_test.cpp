@@ -9,6 +9,7 @@
 
 #include "tests/support/exported_objects.h"
 #include "tests/support/last_error.h"
+#include "tests/support/temporary_directory.h"
 
 namespace {
 
@@ -20,6 +21,7 @@ using korvel_test::ExportedGain;
 using korvel_test::ExportedGammaCorrector;
 using korvel_test::ExportedImage;
 using korvel_test::ExportedTransformer;
+using korvel_test::ExportedVideo;
 using korvel_test::LastError;
 using korvel_test::ReadLastError;
 
@@ -37,6 +39,7 @@ KORVEL_ADAPTIVE_HOTPIXEL_CORRECTOR_HANDLE aHotpixelCorrector = nullptr;
 KORVEL_IMAGE_TRANSFORMER_HANDLE aTransformer = nullptr;
 KORVEL_HISTOGRAM_HANDLE aHistogram = nullptr;
 KORVEL_PIXEL_LINE_HANDLE aLine = nullptr;
+KORVEL_VIDEO_HANDLE aVideo = nullptr;
 
 using Call = std::function<KORVEL_RETURN_CODE()>;
 
@@ -94,6 +97,7 @@ const std::vector<TakesHandle<KORVEL_IMAGE_HANDLE>> kImageCalls = {
     {"imageHandle", [](auto image) { return KORVEL_ImageTransformer_RotateInPlace(aTransformer, image, 45); }},
     {"imageHandle", [](auto image) { return KORVEL_Histogram_Construct(image, nullptr); }},
     {"imageHandle", [](auto image) { return KORVEL_PixelLine_Construct(image, 0, 9, nullptr); }},
+    {"imageHandle", [](auto image) { return KORVEL_VideoWriter_Video_Append(aVideo, image); }},
 };
 
 const std::vector<TakesHandle<KORVEL_IMAGE_CONVERTER_HANDLE>> kConverterCalls = {
@@ -111,6 +115,28 @@ const std::vector<TakesHandle<KORVEL_IMAGE_CONVERTER_HANDLE>> kConverterCalls = 
     {"imageConverterHandle",
      [](auto converter) { return KORVEL_ImageConverter_ConvertToBuffer(converter, nullptr, 77, nullptr, 0, nullptr); }},
     {"imageConverterHandle", [](auto converter) { return KORVEL_ImageConverter_Destruct(converter); }},
+};
+
+// KORVEL_VideoWriter_Video_IsOpen isn't among them: it takes any handle.
+const std::vector<TakesHandle<KORVEL_VIDEO_HANDLE>> kVideoCalls = {
+    {"videoHandle", [](auto video) { return KORVEL_VideoWriter_Video_Close(video); }},
+    {"videoHandle", [](auto video) { return KORVEL_VideoWriter_Video_Append(video, nullptr); }},
+    {"videoHandle", [](auto video) { return KORVEL_VideoWriter_Encoder_SetOption(video, 77, nullptr, 0); }},
+    {"videoHandle", [](auto video) { return KORVEL_VideoWriter_Container_SetOption(video, 77, nullptr, 0); }},
+    {"videoHandle", [](auto video) { return KORVEL_VideoWriter_Encoder_GetOption(video, 77, nullptr, 0, nullptr); }},
+    {"videoHandle", [](auto video) { return KORVEL_VideoWriter_Container_GetOption(video, 77, nullptr, 0, nullptr); }},
+    {"videoHandle",
+     [](auto video) { return KORVEL_VideoWriter_Encoder_OptionRange(video, 77, nullptr, nullptr, nullptr); }},
+    {"videoHandle", [](auto video) { return KORVEL_VideoWriter_Video_GetEncodedFrames(video, nullptr); }},
+    {"videoHandle", [](auto video) { return KORVEL_VideoWriter_Video_GetDroppedFrames(video, nullptr); }},
+    {"videoHandle", [](auto video) { return KORVEL_VideoWriter_Video_GetFileSize(video, nullptr); }},
+    {"videoHandle", [](auto video) { return KORVEL_VideoWriter_Video_ResetFrameCounters(video); }},
+    {"videoHandle", [](auto video) { return KORVEL_VideoWriter_Queue_SetSize(video, 0); }},
+    {"videoHandle", [](auto video) { return KORVEL_VideoWriter_Queue_GetSize(video, nullptr); }},
+    {"videoHandle", [](auto video) { return KORVEL_VideoWriter_Queue_GetRange(video, nullptr, nullptr); }},
+    {"videoHandle", [](auto video) { return KORVEL_VideoWriter_Queue_GetQueued(video, nullptr); }},
+    {"videoHandle", [](auto video) { return KORVEL_VideoWriter_Video_WaitUntilFrameDone(video, 0); }},
+    {"videoHandle", [](auto video) { return KORVEL_VideoWriter_Video_WaitUntilQueueEmpty(video, 0); }},
 };
 
 const std::vector<TakesHandle<KORVEL_GAIN_HANDLE>> kGainCalls = {
@@ -368,6 +394,29 @@ const std::vector<TakesPointer> kPointerCalls = {
     {"outputImageHandle", [] { return KORVEL_ImageReader_Read("a", 1, nullptr); }},
     {"filePath", [] { return KORVEL_ImageReaderRead_ReadAsPixelFormat(nullptr, 0, 0, nullptr); }},
     {"outputImageHandle", [] { return KORVEL_ImageReaderRead_ReadAsPixelFormat("a", 1, 0, nullptr); }},
+    {"videoHandle", [] { return KORVEL_VideoWriter_Video_Open(nullptr, nullptr, 77, 77); }},
+};
+
+// The same for the pointers that the video writer words in its own way.
+const std::vector<TakesPointer> kVideoPointerCalls = {
+    {"isOpen", [] { return KORVEL_VideoWriter_Video_IsOpen(aVideo, nullptr); }},
+    {"value", [] { return KORVEL_VideoWriter_Encoder_SetOption(aVideo, 77, nullptr, 0); }},
+    {"value", [] { return KORVEL_VideoWriter_Container_SetOption(aVideo, 77, nullptr, 0); }},
+    {"value", [] { return KORVEL_VideoWriter_Encoder_GetOption(aVideo, 77, nullptr, 0, &aSize); }},
+    {"value", [] { return KORVEL_VideoWriter_Container_GetOption(aVideo, 77, nullptr, 0, &aSize); }},
+    {"min", [] { return KORVEL_VideoWriter_Encoder_OptionRange(aVideo, 77, nullptr, &anInt, &anInt); }},
+    {"max", [] { return KORVEL_VideoWriter_Encoder_OptionRange(aVideo, 77, &anInt, nullptr, &anInt); }},
+    {", max, inc", [] { return KORVEL_VideoWriter_Encoder_OptionRange(aVideo, 77, &anInt, &anInt, nullptr); }},
+    {"size", [] { return KORVEL_VideoWriter_GetSupportedEncodersForAContainer(77, nullptr, nullptr); }},
+    {"size", [] { return KORVEL_VideoWriter_GetSupportedContainersForAnEncoder(77, nullptr, nullptr); }},
+    {"size", [] { return KORVEL_VideoWriter_Encoder_GetSupportedPixelFormats(1, nullptr, nullptr); }},
+    {"numFrames", [] { return KORVEL_VideoWriter_Video_GetEncodedFrames(aVideo, nullptr); }},
+    {"numFrames", [] { return KORVEL_VideoWriter_Video_GetDroppedFrames(aVideo, nullptr); }},
+    {"fileSize_bytes", [] { return KORVEL_VideoWriter_Video_GetFileSize(aVideo, nullptr); }},
+    {"size", [] { return KORVEL_VideoWriter_Queue_GetSize(aVideo, nullptr); }},
+    {"minSize", [] { return KORVEL_VideoWriter_Queue_GetRange(aVideo, nullptr, &anInt); }},
+    {"maxSize", [] { return KORVEL_VideoWriter_Queue_GetRange(aVideo, &anInt, nullptr); }},
+    {"queued", [] { return KORVEL_VideoWriter_Queue_GetQueued(aVideo, nullptr); }},
 };
 
 // Every function with a path, which is empty, with bad values beside it.
@@ -392,6 +441,7 @@ class AllFunctions : public testing::Test {
     aBinning = binning.Handle();
     aHotpixelCorrector = hotpixelCorrector.Handle();
     aTransformer = transformer.Handle();
+    aVideo = video.Handle();
     ASSERT_EQ(KORVEL_Histogram_Construct(anImage, &aHistogram), 0u);
     ASSERT_EQ(KORVEL_PixelLine_Construct(anImage, 0, 0, &aLine), 0u);
   }
@@ -422,6 +472,8 @@ class AllFunctions : public testing::Test {
   ExportedBinning binning;
   ExportedAdaptiveHotpixelCorrector hotpixelCorrector;
   ExportedTransformer transformer;
+  korvel_test::TemporaryDirectory directory;
+  ExportedVideo video{directory.File("a.avi")};
 };
 
 TEST_F(AllFunctions, RefuseBadImageHandles) {
@@ -494,11 +546,24 @@ TEST_F(AllFunctions, RefuseBadLineHandles) {
   ExpectBadHandlesRefused(kLineCalls, destroyed, aHistogram);
 }
 
+TEST_F(AllFunctions, RefuseBadVideoHandles) {
+  KORVEL_VIDEO_HANDLE closed = nullptr;
+  ASSERT_EQ(KORVEL_VideoWriter_Video_Open(&closed, directory.File("closed.avi").c_str(), 0, 1), 0u);
+  ASSERT_EQ(KORVEL_VideoWriter_Video_Close(closed), 0u);
+  ExpectBadHandlesRefused(kVideoCalls, closed, image.Handle());
+}
+
 TEST_F(AllFunctions, RefuseNullPointers) {
   for (size_t i = 0; i < kPointerCalls.size(); ++i) {
     SCOPED_TRACE(testing::Message() << "call " << i);
     EXPECT_EQ(kPointerCalls[i].call(), 5u);
     EXPECT_EQ(ReadLastError(), (LastError{5, std::string(kPointerCalls[i].argument) + " is not a valid pointer!"}));
+  }
+  for (size_t i = 0; i < kVideoPointerCalls.size(); ++i) {
+    SCOPED_TRACE(testing::Message() << "video call " << i);
+    EXPECT_EQ(kVideoPointerCalls[i].call(), 5u);
+    EXPECT_EQ(ReadLastError(), (LastError{5, "The " + std::string(kVideoPointerCalls[i].argument) +
+                                                 " parameter is an invalid pointer!"}));
   }
 }
 

@@ -9,6 +9,7 @@
 #include <cstdint>
 #include <cstring>
 #include <new>
+#include <string>
 #include <utility>
 #include <vector>
 
@@ -97,6 +98,29 @@ using ExportedGammaCorrector =
     ExportedObject<KORVEL_GAMMA_CORRECTOR_HANDLE, KORVEL_GammaCorrector_Construct, KORVEL_GammaCorrector_Destruct>;
 using ExportedTransformer = ExportedObject<KORVEL_IMAGE_TRANSFORMER_HANDLE, KORVEL_ImageTransformer_Construct,
                                            KORVEL_ImageTransformer_Destruct>;
+// A video on a new file, closed at the end of its scope unless it was before.
+class ExportedVideo {
+ public:
+  explicit ExportedVideo(const std::string& path) {
+    EXPECT_EQ(
+        KORVEL_VideoWriter_Video_Open(&handle_, path.c_str(), KORVEL_VIDEO_CONTAINER_AVI, KORVEL_VIDEO_ENCODER_MJPEG),
+        0u);
+  }
+  ExportedVideo(const ExportedVideo&) = delete;
+  ExportedVideo& operator=(const ExportedVideo&) = delete;
+  ~ExportedVideo() { Close(); }
+
+  KORVEL_VIDEO_HANDLE Handle() const { return handle_; }
+
+  void Close() {
+    if (handle_ != nullptr) {
+      EXPECT_EQ(KORVEL_VideoWriter_Video_Close(std::exchange(handle_, nullptr)), 0u);
+    }
+  }
+
+ private:
+  KORVEL_VIDEO_HANDLE handle_ = nullptr;
+};
 
 // Memory that ends where the next page can't be touched.
 class CallersMemory {
