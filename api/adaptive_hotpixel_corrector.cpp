@@ -38,10 +38,12 @@ KORVEL_IMAGE_HANDLE CorrectIntoNewImage(img::buffer::IfcImageBuffer& buffer, con
 }  // namespace
 
 // The checks of a format that all functions which take an image make.
-#define KORVEL_REQUIRE_CORRECTABLE(format)                                                            \
-  KORVEL_REQUIRE((format) != img::PixelFormatId::Invalid, KORVEL_RETURN_CODE_ImageFormatNotSupported, \
-                 "AdaptiveHotpixelCorrector does not support the invalid pixel format!");             \
-  KORVEL_REQUIRE_NOT_PACKED(format, "AdaptiveHotpixelCorrector")
+#define KORVEL_REQUIRE_CORRECTABLE(format)                                                              \
+  do {                                                                                                  \
+    KORVEL_REQUIRE((format) != img::PixelFormatId::Invalid, KORVEL_RETURN_CODE_ImageFormatNotSupported, \
+                   "AdaptiveHotpixelCorrector does not support the invalid pixel format!");             \
+    KORVEL_REQUIRE_NOT_PACKED(format, "AdaptiveHotpixelCorrector");                                     \
+  } while (false)
 
 KORVEL_RETURN_CODE KORVEL_AdaptiveHotpixelCorrector_Construct(
     KORVEL_ADAPTIVE_HOTPIXEL_CORRECTOR_HANDLE* adaptiveHotpixelCorrectorHandle) {

@@ -50,9 +50,18 @@ void ImageHandleMap::ReplaceImage(Handle handle, Buffer newBuffer) {
   if (found == imagesByHandle_.end()) {
     throw std::runtime_error("Cannot replace image buffer since given imageHandle is invalid!");
   }
-  // An entry that is there already stays as it is. The new entry is made first, so that a failure changes nothing.
-  handlesByBuffer_.try_emplace(newBuffer.get(), handle);
-  if (found->second->get() != newBuffer.get()) handlesByBuffer_.erase(found->second->get());
+  const img::buffer::IfcImageBuffer* const oldKey = found->second->get();
+  if (oldKey != newBuffer.get()) {
+    // The old entry's node serves the new one, so that nothing can fail once a buffer has handed its memory over.
+    auto node = handlesByBuffer_.extract(oldKey);
+    if (node.empty()) {
+      handlesByBuffer_.try_emplace(newBuffer.get(), handle);
+    } else {
+      node.key() = newBuffer.get();
+      node.mapped() = handle;
+      handlesByBuffer_.insert(std::move(node));  // an entry that is there already stays as it is
+    }
+  }
   oldBuffer = std::exchange(*found->second, std::move(newBuffer));
 }
 

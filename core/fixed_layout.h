@@ -10,6 +10,7 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
+#include <stdexcept>
 #include <tuple>
 #include <type_traits>
 
@@ -29,7 +30,10 @@ class FixedLayout {
   static constexpr size_t kByteCount = byteCount;
   using Bytes = std::array<uint8_t, byteCount>;
 
-  constexpr explicit FixedLayout(Field<Record, Numbers>... fields) : fields_(fields...) {}
+  constexpr explicit FixedLayout(Field<Record, Numbers>... fields) : fields_(fields...) {
+    const bool isWithin = ((sizeof(Numbers) <= byteCount && fields.offset <= byteCount - sizeof(Numbers)) && ...);
+    if (!isWithin) throw std::out_of_range("a field reaches beyond its layout");
+  }
 
   // Bytes that no field covers are zero.
   constexpr Bytes Encode(const Record& record) const {

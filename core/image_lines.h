@@ -3,30 +3,31 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <type_traits>
 
 #include "core/image.h"
 #include "core/image_buffer.h"
 
 namespace img {
 
-// Addresses are computed in 64 bits, unlike those that an image gives, and so are exact in images above 4 GiB.
+// The lines of an image or of other memory. Addresses are computed in 64 bits, unlike those that an image gives, and so
+// are exact beyond 4 GiB.
 template <class Byte>
-class ImageLines {
- public:
-  ImageLines(Byte* first, size_t step) : first_(first), step_(step) {}
-  Byte* operator[](size_t y) const { return first_ + y * step_; }
+struct ImageLines {
+  Byte* first;
+  size_t step;  // bytes from one line to the next
+  Size2D size;
 
- private:
-  Byte* first_;
-  size_t step_;
+  Byte* operator[](size_t y) const { return first + y * step; }
 };
 
-inline ImageLines<uint8_t> LinesOf(IfcImage& image) {
-  return {image.PixelPointer(0, 0), image.Buffer()->Size().width * image.PixelByteCount()};
-}
-
-inline ImageLines<const uint8_t> LinesOf(const IfcImage& image) {
-  return {image.PixelPointer(0, 0), image.Buffer()->Size().width * image.PixelByteCount()};
+// No lines for an image without data.
+template <class Image>
+auto LinesOf(Image& image) {
+  auto* first = image.PixelPointer(0, 0);
+  const Size2D size = image.ByteCount() == 0 || first == nullptr ? Size2D{} : image.Area().size;
+  return ImageLines<std::remove_pointer_t<decltype(first)>>{
+      first, image.Buffer()->Size().width * image.PixelByteCount(), size};
 }
 
 }  // namespace img

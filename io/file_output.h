@@ -10,32 +10,26 @@
 
 namespace img::io {
 
-template <PixelFormatId formatId, class Parameter>
+template <PixelFormatId formatId, FileFormat fileFormat>
 class FileOutput : public IfcImageOutput {
  public:
-  FileOutput(const std::string& path, const Parameter& parameter) : path_(path), parameter_(parameter) {}
+  explicit FileOutput(const std::string& path) : path_(path) {}
 
   void Out(const IfcImage& image) final { OutRaw(static_cast<const TImage<formatId>&>(image)); }
   bool IsEndingOfType(const std::string& lowerCaseEnding) const final {
-    return FileFormatOfEnding(lowerCaseEnding) == parameter_.fileFormat;
+    return FileFormatOfEnding(lowerCaseEnding) == fileFormat;
   }
 
  protected:
   const std::string& Path() const { return path_; }
-  const Parameter& GetParameter() const { return parameter_; }
 
  private:
   virtual void OutRaw(const TImage<formatId>& image) const = 0;
 
   std::string path_;
-  Parameter parameter_;
 };
 
 }  // namespace img::io
 
 KORVEL_NAME_TYPE_FOR_DISPATCH(img::io::IfcImageOutput, "img::io::IfcImageOutput");
 KORVEL_NAME_TYPE_FOR_DISPATCH(std::string, "std::string");
-KORVEL_NAME_TYPE_FOR_DISPATCH(img::io::BMPParameter, "img::io::BMPParameter");
-KORVEL_NAME_TYPE_FOR_DISPATCH(img::io::PNGParameter, "img::io::PNGParameter");
-KORVEL_NAME_TYPE_FOR_DISPATCH(img::io::JPEGParameter, "img::io::JPEGParameter");
-KORVEL_NAME_TYPE_FOR_DISPATCH(img::io::RAWParameter, "img::io::RAWParameter");

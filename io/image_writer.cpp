@@ -36,13 +36,13 @@ std::unique_ptr<IfcImageOutput> MakeOutput(const IfcImage& image, const std::str
                                            const ImgParameter& parameter) {
   switch (parameter.fileFormat) {
     case FileFormat::Bmp:
-      return bmp::MakeOutput(image.PixelFormat(), path, static_cast<const BMPParameter&>(parameter));
+      return bmp::MakeOutput(image.PixelFormat(), path);
     case FileFormat::Png:
       return png::MakeOutput(image.PixelFormat(), path, static_cast<const PNGParameter&>(parameter));
     case FileFormat::Jpeg:
       return jpeg::MakeOutput(image.PixelFormat(), path, static_cast<const JPEGParameter&>(parameter));
     case FileFormat::Raw:
-      return raw::MakeOutput(image.PixelFormat(), path, static_cast<const RAWParameter&>(parameter));
+      return raw::MakeOutput(image.PixelFormat(), path);
   }
   ThrowIo(ImgStatusCode::Io, kWithParameter, kUnknownFormat);
 }

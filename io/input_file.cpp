@@ -10,10 +10,12 @@ namespace img::io {
 
 InputFile::InputFile(const std::string& path) {
   if (path.find('\0') != std::string::npos) return;
-  // Without O_NONBLOCK, opening a pipe would wait for its writer. For regular files it means nothing.
-  const int descriptor = open(path.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
-  if (descriptor < 0) return;
+  // Opening anything but a regular file may have effects of its own, so it is looked at first.
   struct stat status {};
+  if (stat(path.c_str(), &status) != 0 || !S_ISREG(status.st_mode)) return;
+  // It may be another file by now: without O_NONBLOCK, opening a pipe would wait for its writer.
+  const int descriptor = open(path.c_str(), O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC);
+  if (descriptor < 0) return;
   if (fstat(descriptor, &status) == 0 && S_ISREG(status.st_mode)) file_.reset(fdopen(descriptor, "rb"));
   if (file_ == nullptr) {
     close(descriptor);

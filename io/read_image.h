@@ -12,8 +12,8 @@
 
 namespace img::io {
 
-// Throws Io, "Error reading file.", for more bytes than the limit of all allocations, or none if they don't fit 64
-// bits. Called before memory is taken by what a file claims.
+// Throws Io, "Error reading file.", if byteCount exceeds the limit of all allocations, or has no value because it
+// doesn't fit 64 bits. Called before memory is taken by what a file claims.
 inline void RequireReadable(std::optional<size_t> byteCount, const char* location) {
   if (!byteCount || *byteCount > LargestAllocation()) {
     ThrowIo(korvel::internal::ImgStatusCode::Io, location, kCannotRead);

@@ -1,5 +1,6 @@
 #include "batch.h"
 
+#include <CLI/Error.hpp>
 #include <cstddef>
 
 #include "tool_error.h"
@@ -18,6 +19,12 @@ void ForEachFile(const std::vector<std::string>& paths, const ProgressBar& bar,
       if (paths.size() == 1) throw;
       bar.Clear();
       PrintError(error);
+      ++failed;
+    } catch (const CLI::Error& error) {
+      // An option that this file alone would need.
+      if (paths.size() == 1) throw;
+      bar.Clear();
+      PrintError(ToolError(path + ": " + error.what(), "Other files don't need it; give it in a call of its own."));
       ++failed;
     }
   }

@@ -9,9 +9,10 @@
  *   calling thread, which KORVEL_Library_GetLastError reads. A success never changes that record.
  * - A failed call changes nothing but that record, unless the function says otherwise. Results are written through
  *   pointers and only on success.
- * - Checks run in this order: handles (KORVEL_RETURN_CODE_InvalidHandle), pointers
- *   (KORVEL_RETURN_CODE_InvalidArgument), values. A null pointer is refused everywhere but where a function gives
- *   it a meaning. That any other pointer can be read or written is trusted.
+ * - Checks run in this order: handles (KORVEL_RETURN_CODE_InvalidHandle), packed formats where a function refuses them
+ *   (KORVEL_RETURN_CODE_ImageFormatNotSupported), pointers (KORVEL_RETURN_CODE_InvalidArgument), values. A null pointer
+ * is refused everywhere but where a function gives it a meaning. That any other pointer can be read or written is
+ * trusted.
  * - Objects are held by handles. A handle is valid from the call that wrote it until the matching ..._Destruct. An
  *   unknown, destroyed or foreign handle is refused. A call in progress keeps its objects alive even if another
  *   thread destroys the handle meanwhile.
@@ -778,8 +779,10 @@ typedef struct KORVEL_POINT_2D {
  *                                                                      4: 2, 9      5: 1, 4
  *
  * for 8 bits; for each bit above, A doubles and B quadruples. Products, divisions that truncate, and the threshold are
- * those of 32-bit integers, which wrap. At the image's border, pairs are completed from inside the image. Mono images
- * below 2 and Bayer images below 4 pixels in width or height have no hot pixels, and nothing in them is corrected.
+ * those of 32-bit integers, which wrap. In the first column of a mono image, c of the threshold is the value of the
+ * next pixel. At the image's border, pairs are completed from inside the image, for a correction from other rows than
+ * for detection; in Bayer images of 4 rows, the third row is not corrected. Mono images below 2 and Bayer images below
+ * 4 pixels in width or height have no hot pixels, and nothing in them is corrected.
  *
  * The corrector keeps the list of the last detection, and its memory: 16 bytes for each pixel of the largest image.
  */
@@ -930,6 +933,7 @@ KORVEL_ImageTransformer_MirrorUpDownLeftRight(KORVEL_IMAGE_TRANSFORMER_HANDLE im
  *
  * InvalidHandle            imageTransformerHandle or imageHandle is not known
  * ImageFormatNotSupported  the image's format is packed
+ * Error                    memory for what the library keeps of the image can't be had
  */
 KORVEL_API KORVEL_RETURN_CODE KORVEL_ImageTransformer_MirrorUpDownInPlace(
     KORVEL_IMAGE_TRANSFORMER_HANDLE imageTransformerHandle, KORVEL_IMAGE_HANDLE imageHandle);
@@ -957,7 +961,8 @@ KORVEL_API KORVEL_RETURN_CODE KORVEL_ImageTransformer_Rotate(KORVEL_IMAGE_TRANSF
  *
  * InvalidHandle            imageTransformerHandle or imageHandle is not known
  * ImageFormatNotSupported  the image's format is packed
- * Error                    angle is none of the three, or the memory can't be had
+ * Error                    angle is none of the three, or the memory can't be had; if it runs out at the very end of a
+ *                          quarter turn of a Bayer image, pixels and size have changed, and the format has not
  */
 KORVEL_API KORVEL_RETURN_CODE KORVEL_ImageTransformer_RotateInPlace(
     KORVEL_IMAGE_TRANSFORMER_HANDLE imageTransformerHandle, KORVEL_IMAGE_HANDLE imageHandle, uint32_t angle);
@@ -1117,8 +1122,8 @@ KORVEL_API KORVEL_RETURN_CODE KORVEL_PixelLine_Destruct(KORVEL_PIXEL_LINE_HANDLE
  * failure a partly written file may stay behind.
  *
  * quality for ".png" runs from 10 (smallest file) to 100 (fastest); the pixels are the same. For ".jpg" and ".jpeg" it
- * runs from 0 (smallest file) to 100 (best picture), and anything above counts as 100. No side of a PNG may exceed
- * 1,000,000 pixels, and none of a JPEG 65,500.
+ * runs from 0 (smallest file) to 100 (best picture), and anything above counts as 100. A PNG quality outside its range
+ * may fail. No side of a PNG may exceed 1,000,000 pixels and none of a JPEG 65,500, and no BMP 4 GiB.
  *
  * KORVEL_ImageWriter_Write picks the file type from the ending, and a quality of 100 for PNG and of 75 for JPEG.
  *
@@ -1142,8 +1147,9 @@ KORVEL_API KORVEL_RETURN_CODE KORVEL_ImageWriter_Write(KORVEL_IMAGE_HANDLE input
 /*
  * Reads a file into a new image, in memory of the library's own. Files from elsewhere are read as far as they fit: BMP
  * of 8 bits with a colour table (as Mono8, whatever the table's colours), 24 bits, and bit fields that match a pixel
- * format; PNG of grey or true colour, where 16-bit samples without an sBIT chunk of 10 or 12 bits for each channel are
- * reduced to 8 and transparent colours are ignored; JPEG of grey or colour, not CMYK.
+ * format (masks of 12 bytes behind an info header of 40); PNG of grey or true colour, where 16-bit samples without an
+ * sBIT chunk are reduced to 8, an sBIT chunk has to tell 10 or 12 bits for every channel, and transparent colours are
+ * ignored; JPEG of grey or colour, not CMYK.
  *
  * KORVEL_ImageReaderRead_ReadAsPixelFormat takes the pixels for another format; none is converted. From BMP, PNG and
  * JPEG files a mono image can be asked for as a Bayer format of its depth, and the image then has that format. From a

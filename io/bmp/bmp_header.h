@@ -59,8 +59,8 @@ struct BMPHeader {
   bool HasMasks() const;
   bool HasColourTable() const;
 
-  // Bytes of one line of a format in a file: its pixels and the padding. Intended: the padding is the remainder of the
-  // line's length by 4, not what it lacks to a multiple of 4.
+  // Bytes that follow the pixels of each line. Intended: the remainder of the line's length by 4, not what it lacks to
+  // a multiple of 4.
   static constexpr size_t PaddingOf(size_t lineByteCount) { return lineByteCount & 3; }
 
   // The header of a new file. Throws ImageFormatNotSupported for a format that has no line in the table above, and Io

@@ -49,9 +49,9 @@ void SwapRedAndBlue(const uint8_t* __restrict line, size_t byteCount, uint8_t* _
 }
 
 template <PixelFormatId formatId>
-class BMPOutput final : public FileOutput<formatId, BMPParameter> {
+class BMPOutput final : public FileOutput<formatId, FileFormat::Bmp> {
  public:
-  using FileOutput<formatId, BMPParameter>::FileOutput;
+  using FileOutput<formatId, FileFormat::Bmp>::FileOutput;
 
  private:
   void OutRaw(const TImage<formatId>& image) const override {
@@ -75,7 +75,6 @@ class BMPOutput final : public FileOutput<formatId, BMPParameter> {
 
 KORVEL_NAME_FOR_DISPATCH(img::io::bmp::BMPOutput, "bmp::BMPOutput");
 
-std::unique_ptr<img::io::IfcImageOutput> img::io::bmp::MakeOutput(PixelFormatId format, const std::string& path,
-                                                                  const BMPParameter& parameter) {
-  return MakeFormatClass<BMPOutput, IfcImageOutput>(format, path, parameter);
+std::unique_ptr<img::io::IfcImageOutput> img::io::bmp::MakeOutput(PixelFormatId format, const std::string& path) {
+  return MakeFormatClass<BMPOutput, IfcImageOutput>(format, path);
 }

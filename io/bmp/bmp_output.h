@@ -10,7 +10,6 @@ namespace img::io::bmp {
 
 // The output object of an image format. Throws InvalidParameterUtilx, "Unsupported formatId: ", for an id that isn't
 // public.
-std::unique_ptr<IfcImageOutput> MakeOutput(PixelFormatId format, const std::string& path,
-                                           const BMPParameter& parameter);
+std::unique_ptr<IfcImageOutput> MakeOutput(PixelFormatId format, const std::string& path);
 
 }  // namespace img::io::bmp

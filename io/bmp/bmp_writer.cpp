@@ -45,7 +45,7 @@ void BMPWriter::Write() {
             "Image data incomplete! m_dataOffset=" + std::to_string(dataOffset_) +
                 " file_size=" + std::to_string(fileSize_));
   }
-  if (!file_.Close() || !isWritten_) ThrowIo(ImgStatusCode::Io, kLocation, kCannotWrite);
+  if (!file_.Close()) ThrowIo(ImgStatusCode::Io, kLocation, kCannotWrite);
 }
 
 void BMPWriter::Append(const void* bytes, size_t byteCount) {

@@ -1,5 +1,8 @@
 #include "io/jpeg/jpeg_header.h"
 
+#include <algorithm>
+#include <iterator>
+
 #include "io/file_formats.h"
 #include "io/io_failure.h"
 
@@ -20,17 +23,14 @@ JPEGHeader JPEGHeader::imgToHeader(const IfcImage& image) {
   constexpr const char* kLocation =
       "static img::io::jpeg::JPEGHeader img::io::jpeg::JPEGHeader::imgToHeader(const img::IfcImage &)";
   const FormatFacts facts = RequireKept(FileFormat::Jpeg, image, kLocation);
-  // Bayer images go out as grey.
+  // Bayer images go out as grey. What is kept is in the table.
   const PixelFormatId format = facts.channels == 1 ? PixelFormatId::Mono8 : facts.id;
-  for (const auto& row : kColourSpaces) {
-    if (row.format == format) {
-      return {.width = image.Area().size.width,
-              .height = image.Area().size.height,
-              .inputComponents = static_cast<int>(facts.channels),
-              .colourSpace = row.colourSpace};
-    }
-  }
-  ThrowIo(korvel::internal::ImgStatusCode::ImageFormatNotSupported, kLocation, kUnsupportedPixelFormat);
+  const auto* const row = std::find_if(std::begin(kColourSpaces), std::end(kColourSpaces),
+                                       [format](const auto& candidate) { return candidate.format == format; });
+  return {.width = image.Area().size.width,
+          .height = image.Area().size.height,
+          .inputComponents = static_cast<int>(facts.channels),
+          .colourSpace = row->colourSpace};
 }
 
 PixelFormatId JPEGHeader::formatOfColourSpace(J_COLOR_SPACE colourSpace) {

@@ -17,10 +17,17 @@ constexpr const char* kReadImage =
     "buffer::IfcBufferFactory &, std::optional<PixelFormatId>)";
 
 // A scan of a few bytes costs the time of the whole image, so that a small file of many scans would seem to hang.
-// Progressive files have about ten.
-void RequireFewScans(j_common_ptr cinfo) {
-  constexpr int kMostScans = 500;
-  if (reinterpret_cast<j_decompress_ptr>(cinfo)->input_scan_number > kMostScans) {
+// Progressive files have about ten; those of large images may have fewer.
+void RequireFewScans(j_common_ptr common) {
+  constexpr size_t kMostScans = 500;
+  constexpr size_t kMostBlockVisits = size_t{1} << 31;  // takes some seconds
+  const jpeg_decompress_struct& cinfo = *reinterpret_cast<j_decompress_ptr>(common);
+  const auto scans = static_cast<size_t>(cinfo.input_scan_number);
+  size_t blocks = 0;
+  for (int i = 0; i < cinfo.num_components; ++i) {
+    blocks += size_t{cinfo.comp_info[i].width_in_blocks} * cinfo.comp_info[i].height_in_blocks;
+  }
+  if (scans > kMostScans || (scans > 1 && scans * blocks > kMostBlockVisits)) {
     ThrowIo(ImgStatusCode::Io, kReadImage, kCannotRead);
   }
 }

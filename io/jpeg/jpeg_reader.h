@@ -17,8 +17,8 @@ namespace img::io::jpeg {
 
 class JPEGReader {
  public:
-  // Throws Io for a file that can't be opened or is too large, or with the codec's text; and as the functions of
-  // JPEGHeader do.
+  // Throws Io for a file that can't be opened, is too large or has too many scans, or with the codec's text; and as the
+  // functions of JPEGHeader do.
   static std::unique_ptr<IfcImage> readImage(const std::string& path, buffer::IfcBufferFactory& bufferFactory,
                                              std::optional<PixelFormatId> requested);
 

@@ -71,6 +71,8 @@ void ReadInfo(Reading& reading) {
   png_init_io(reading.png, reading.file);
   png_set_sig_bytes(reading.png, kSignatureByteCount);
   SkipOtherChunks(reading.png);
+  // libpng by itself drops a damaged sBIT chunk, and the samples would come out as others.
+  png_set_crc_action(reading.png, PNG_CRC_ERROR_QUIT, PNG_CRC_ERROR_QUIT);
   png_read_info(reading.png, reading.info);
   PNGHeader& header = reading.header;
   header.width = png_get_image_width(reading.png, reading.info);

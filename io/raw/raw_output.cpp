@@ -7,9 +7,9 @@ namespace img::io::raw {
 namespace {
 
 template <PixelFormatId formatId>
-class RAWOutput final : public FileOutput<formatId, RAWParameter> {
+class RAWOutput final : public FileOutput<formatId, FileFormat::Raw> {
  public:
-  using FileOutput<formatId, RAWParameter>::FileOutput;
+  using FileOutput<formatId, FileFormat::Raw>::FileOutput;
 
  private:
   void OutRaw(const TImage<formatId>& image) const override { RawWriter::writeImage(this->Path(), image); }
@@ -20,7 +20,6 @@ class RAWOutput final : public FileOutput<formatId, RAWParameter> {
 
 KORVEL_NAME_FOR_DISPATCH(img::io::raw::RAWOutput, "raw::RAWOutput");
 
-std::unique_ptr<img::io::IfcImageOutput> img::io::raw::MakeOutput(PixelFormatId format, const std::string& path,
-                                                                  const RAWParameter& parameter) {
-  return MakeFormatClass<RAWOutput, IfcImageOutput>(format, path, parameter);
+std::unique_ptr<img::io::IfcImageOutput> img::io::raw::MakeOutput(PixelFormatId format, const std::string& path) {
+  return MakeFormatClass<RAWOutput, IfcImageOutput>(format, path);
 }

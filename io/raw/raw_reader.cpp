@@ -1,5 +1,6 @@
 #include "io/raw/raw_reader.h"
 
+#include "buffers/vector_image_buffer.h"
 #include "io/file_formats.h"
 #include "io/input_file.h"
 #include "io/io_failure.h"
@@ -37,9 +38,9 @@ std::unique_ptr<IfcImage> RAWReader::readImage(const std::string& path, buffer::
   const Size2D size{header.width, header.height};
   if (requested) reselectPixelFormat(*requested, format);
   if (format == PixelFormatId::Invalid) ThrowIo(ImgStatusCode::Io, kLocation, kCannotRead);
-  // The factory itself tells what it doesn't make; asked for a single pixel, it looks at the format alone.
+  // Tells the id by the text of the dispatcher, without a look at the size.
   const std::optional<FormatFacts> facts = FindFacts(format);
-  if (!facts || !facts->IsPublic()) return AllocImage(bufferFactory, format, Size2D{1, 1});
+  if (!facts || !facts->IsPublic()) return buffer::VectorImageBuffer::AllocBuffer(format, Size2D{1, 1})->CreateImage();
   if (size.width == 0 || size.height == 0) return AllocImage(bufferFactory, format, size);
 
   const std::optional<size_t> byteCount = CheckedByteCount(*facts, size);

@@ -22,8 +22,8 @@ void RawWriter::writeImage(const std::string& path, const IfcImage& image) {
                                              .height = pixels.Size().height});
   OutputFile file(path);
   if (!file.IsOpen()) ThrowIo(ImgStatusCode::Io, kLocation, "ImageWriter: Can't open file for writing!");
-  const bool isWritten = file.Write(head.data(), head.size()) && file.Write(pixels.Data(), pixels.ByteCount());
-  if (!file.Close() || !isWritten) ThrowIo(ImgStatusCode::Io, kLocation, kCannotWrite);
+  if (file.Write(head.data(), head.size())) file.Write(pixels.Data(), pixels.ByteCount());
+  if (!file.Close()) ThrowIo(ImgStatusCode::Io, kLocation, kCannotWrite);
 }
 
 }  // namespace img::io::raw

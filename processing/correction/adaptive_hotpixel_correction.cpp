@@ -31,8 +31,9 @@ HotpixelThreshold ThresholdOf(const AdaptiveHotpixelParameters& parameters, cons
 
 void Detect(const IfcImage& image, AdaptiveHotpixelParameters& parameters) {
   const Size2D& size = image.Area().size;
-  parameters.hotpixels.clear();
+  // In this order, so that a failure leaves the list as it was.
   parameters.hotpixels.reserve(size.width * size.height);
+  parameters.hotpixels.clear();
   FindHotpixels(image, ThresholdOf(parameters, FindFacts(image.PixelFormat()).value()), parameters.hotpixels);
   parameters.hotpixelCount = parameters.hotpixels.size();
 }

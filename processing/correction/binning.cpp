@@ -189,8 +189,7 @@ Binning::Binning(std::shared_ptr<buffer::IfcMultiFormatBufferPool> pool) : pool_
 
 bool Binning::IsFormatSupported(PixelFormatId format) {
   const std::optional<FormatFacts> facts = FindFacts(format);
-  return facts && facts->type != PixelType::None && facts->type != PixelType::Raw &&
-         (!facts->IsPacked() || format == PixelFormatId::RGB10p32);
+  return facts && facts->IsPublic() && (!facts->IsPacked() || format == PixelFormatId::RGB10p32);
 }
 
 void Binning::SetBinningX(uint8_t factor) {

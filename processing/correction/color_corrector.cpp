@@ -20,13 +20,12 @@ void ColorCorrector::SetFactors(const ColorFactors& factors) {
 }
 
 std::shared_ptr<IfcImage> ColorCorrector::Process(const IfcImage& image) {
-  if (!optimized_.Accepts(image)) {
-    std::shared_ptr<IfcImage> output = image.Clone(*pool_);
-    simple_.Process(*output);
-    return output;
+  if (optimized_.Accepts(image)) {
+    std::shared_ptr<IfcImage> output = pool_->AllocBuffer(image.PixelFormat(), image.Area().size)->CreateImage();
+    if (optimized_.Process(image, *output)) return output;
   }
-  std::shared_ptr<IfcImage> output = pool_->AllocBuffer(image.PixelFormat(), image.Area().size)->CreateImage();
-  optimized_.Process(image, *output);
+  std::shared_ptr<IfcImage> output = image.Clone(*pool_);
+  simple_.Process(*output);
   return output;
 }
 

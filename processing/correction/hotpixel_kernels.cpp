@@ -5,6 +5,7 @@
 #include <cstdlib>
 #include <type_traits>
 
+#include "core/image_lines.h"
 #include "processing/bayer_phase.h"
 #include "processing/unaligned.h"
 
@@ -80,12 +81,13 @@ constexpr Rows RowsToCorrectInBayer(size_t y, size_t height) {
 }
 
 struct Lines {
-  Lines(const IfcImage& image, size_t y, const Rows& rows)
-      : farUpper(image.PixelPointer(0, rows.farUpper)),
-        nearUpper(image.PixelPointer(0, rows.nearUpper)),
-        here(image.PixelPointer(0, y)),
-        nearLower(image.PixelPointer(0, rows.nearLower)),
-        farLower(image.PixelPointer(0, rows.farLower)) {}
+  template <class Byte>
+  Lines(const ImageLines<Byte>& lines, size_t y, const Rows& rows)
+      : farUpper(lines[rows.farUpper]),
+        nearUpper(lines[rows.nearUpper]),
+        here(lines[y]),
+        nearLower(lines[rows.nearLower]),
+        farLower(lines[rows.farLower]) {}
 
   const uint8_t* farUpper;
   const uint8_t* nearUpper;
@@ -179,10 +181,11 @@ bool HasHotpixels(const FormatFacts& format) {
 
 void FindHotpixels(const IfcImage& image, const HotpixelThreshold& threshold, std::vector<Point2D>& hotpixels) {
   WithLayout(image, [&](const auto& layout) {
-    const Size2D& size = image.Area().size;
+    const auto all = LinesOf(image);
+    const Size2D& size = all.size;
     for (size_t y = 0; y < size.height; ++y) {
       const Rows rows = layout.kBayer ? RowsToFindInBayer(y, size.height) : RowsOfMono(y, size.height);
-      FindInLine(layout, Lines(image, y, rows), y, size.width, threshold, hotpixels);
+      FindInLine(layout, Lines(all, y, rows), y, size.width, threshold, hotpixels);
     }
   });
 }
@@ -191,15 +194,16 @@ void CorrectHotpixels(IfcImage& image, const std::vector<Point2D>& hotpixels) {
   WithLayout(image, [&](const auto& layout) {
     using LayoutOf = std::remove_cvref_t<decltype(layout)>;
     using Sample = typename LayoutOf::Sample;
-    const Size2D& size = image.Area().size;
+    const auto all = LinesOf(image);
+    const Size2D& size = all.size;
     for (const auto& [x, y] : hotpixels) {
       if (x >= size.width || y >= size.height) continue;
       const Rows rows = layout.kBayer ? RowsToCorrectInBayer(y, size.height) : RowsOfMono(y, size.height);
       if (rows.farUpper >= size.height) continue;
-      const Lines lines(image, y, rows);
+      const Lines lines(all, y, rows);
       const auto deviations = Deviations<LayoutOf>(lines, x, size.width, layout.IsNear(x, y));
       const int32_t corrected = CorrectedValue(LoadSample<Sample>(lines.here, x), deviations);
-      StoreSample<Sample>(image.PixelPointer(0, y), x, static_cast<Sample>(corrected));
+      StoreSample<Sample>(all[y], x, static_cast<Sample>(corrected));
     }
   });
 }

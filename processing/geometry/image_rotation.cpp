@@ -17,8 +17,8 @@ void TurnQuarterInPlace(IfcImage& image) {
     const size_t byteCount = ByteCountToAllocate(image.PixelFormat(), before);
     const std::unique_ptr<uint8_t[]> copy(new uint8_t[byteCount]);
     std::memcpy(copy.get(), lines.first, byteCount);
-    TurnQuarter<kBytes, kClockwise>(PixelLines<const uint8_t>{copy.get(), before.width * kBytes, before},
-                                    PixelLines<uint8_t>{lines.first, after.width * kBytes, after});
+    TurnQuarter<kBytes, kClockwise>(ImageLines<const uint8_t>{copy.get(), before.width * kBytes, before},
+                                    ImageLines<uint8_t>{lines.first, after.width * kBytes, after});
   }
   image.SetSize(after);
   image.Buffer()->SetSize(after);

@@ -60,6 +60,19 @@ std::shared_ptr<buffer::IfcImageBuffer> BufferAs(PixelFormatId format, const Ifc
   return format == image.PixelFormat() ? nullptr : image.Buffer()->ChangeFormat(format);
 }
 
+// Moves an image's pixels and takes its buffer under another format. An operation that is its own inverse is taken back
+// if there is no memory for the new buffer.
+std::shared_ptr<buffer::IfcImageBuffer> ProcessAs(PixelFormatId format, IfcInplaceProcessingModule& module,
+                                                  IfcImage& image, bool isOwnInverse) {
+  module.Process(image);
+  try {
+    return BufferAs(format, image);
+  } catch (...) {
+    if (isOwnInverse) module.Process(image);
+    throw;
+  }
+}
+
 }  // namespace
 
 ImageTransformer::ImageTransformer(std::shared_ptr<buffer::IfcMultiFormatBufferPool> pool) : pool_(std::move(pool)) {}
@@ -103,8 +116,7 @@ std::shared_ptr<buffer::IfcImageBuffer> ImageTransformer::mirrorImageInPlace(Ifc
   auto& module =
       ModuleOf<IfcInplaceProcessingModule>(direction, kLocation, mirrorXInplace_, mirrorYInplace_, rotate180Inplace_);
   const PixelFormatId format = MirroredFormat(image.PixelFormat(), image.Area().size, direction);
-  module.Process(image);
-  return BufferAs(format, image);
+  return ProcessAs(format, module, image, true);
 }
 
 std::shared_ptr<buffer::IfcImageBuffer> ImageTransformer::rotateImageInPlace(IfcImage& image, RotationAngle angle) {
@@ -116,8 +128,7 @@ std::shared_ptr<buffer::IfcImageBuffer> ImageTransformer::rotateImageInPlace(Ifc
   auto& module = ModuleOf<IfcInplaceProcessingModule>(angle, kLocation, rotateCounterClockwise90Inplace_,
                                                       rotate180Inplace_, rotateClockwise90Inplace_);
   const PixelFormatId format = RotatedFormat(image.PixelFormat(), image.Area().size, angle);
-  module.Process(image);
-  return BufferAs(format, image);
+  return ProcessAs(format, module, image, angle == RotationAngle::Degree180);
 }
 
 }  // namespace img::processing

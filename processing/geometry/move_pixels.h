@@ -11,29 +11,9 @@
 #include <type_traits>
 #include <utility>
 
-#include "core/image.h"
-#include "core/image_buffer.h"
+#include "core/image_lines.h"
 
 namespace img::processing {
-
-// The lines of an image or of other memory.
-template <class Byte>
-struct PixelLines {
-  Byte* first;
-  size_t step;  // bytes from one line to the next
-  Size2D size;
-
-  Byte* operator[](size_t y) const { return first + y * step; }
-};
-
-// No lines for an image without data.
-template <class Image>
-auto LinesOf(Image& image) {
-  auto* first = image.PixelPointer(0, 0);
-  const Size2D size = image.ByteCount() == 0 || first == nullptr ? Size2D{} : image.Area().size;
-  return PixelLines<std::remove_pointer_t<decltype(first)>>{
-      first, image.Buffer()->Size().width * image.PixelByteCount(), size};
-}
 
 namespace detail {
 
@@ -162,7 +142,7 @@ void Reverse(uint8_t* line, size_t count) {
 // One side is read or written across lines, so the work goes by tiles, of which both sides stay in the cache, and in
 // them by squares of pixels that are turned in registers.
 template <size_t kBytes, bool kClockwise>
-void TurnQuarter(const PixelLines<const uint8_t>& source, const PixelLines<uint8_t>& target) {
+void TurnQuarter(const ImageLines<const uint8_t>& source, const ImageLines<uint8_t>& target) {
   constexpr size_t kTile = 64;
   constexpr size_t kSide = detail::kSquare<kBytes>;
   const Size2D& size = source.size;

@@ -3,7 +3,7 @@
 #include <utility>
 
 #include "core/channel_accessor.h"
-#include "core/image_buffer.h"
+#include "core/image_lines.h"
 
 namespace img::processing {
 namespace {
@@ -16,11 +16,12 @@ struct PixelRun {
 };
 
 PixelRun RunOf(const IfcImage& image, bool isHorizontal, uint64_t offset) {
-  const Size2D& size = image.Area().size;
+  const auto lines = LinesOf(image);
+  const Size2D& size = lines.size;
   const size_t pixelBytes = image.PixelByteCount();
   if (offset >= (isHorizontal ? size.height : size.width)) return {};
-  if (isHorizontal) return {image.PixelPointer(0, offset), pixelBytes, size.width};
-  return {image.PixelPointer(offset, 0), image.Buffer()->Size().width * pixelBytes, size.height};
+  if (isHorizontal) return {lines[offset], pixelBytes, size.width};
+  return {lines.first + offset * pixelBytes, lines.step, size.height};
 }
 
 }  // namespace

@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "core/channel_accessor.h"
+#include "core/image_lines.h"
 
 namespace img::processing {
 namespace {
@@ -84,9 +85,10 @@ class THistogram final : public HistogramIfc {
     for (HistogramChannel& channel : record.channels) channel.bins.resize(Counter::kNumBins);
     if (image.ByteCount() == 0) return;
 
-    const Size2D& size = image.Area().size;
+    const auto lines = LinesOf(image);
+    const Size2D& size = lines.size;
     Counter counter;
-    for (size_t y = 0; y < size.height; ++y) counter.CountLine(image.PixelPointer(0, y), size.width);
+    for (size_t y = 0; y < size.height; ++y) counter.CountLine(lines[y], size.width);
     counter.AddTo(record, size.width * size.height);
   }
 };
