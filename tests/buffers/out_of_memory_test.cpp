@@ -3,14 +3,18 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <array>
 #include <cstdlib>
 #include <new>
+#include <numeric>
 #include <stdexcept>
 #include <string>
 
 #include "api/export_frame.h"
 #include "buffers/fixed_format_vector_buffer_pool.h"
 #include "buffers/vector_image_buffer.h"
+#include "korvel/korvel.h"
 
 namespace {
 
@@ -123,6 +127,56 @@ TEST(OutOfMemory, LeavesTheBytesOfAVectorWhereTheyWere) {
   EXPECT_GE(allocations, 1);
   EXPECT_EQ(changed->Data(), data);
   EXPECT_EQ(buffer->Data(), nullptr);
+}
+
+// Every allocation of a call fails in turn. An exported call never throws, so that its code tells the end.
+TEST(ImageTransformer, LeavesAnImageAsItWasWhenMemoryRunsOut) {
+  constexpr uint32_t kBayer = KORVEL_PIXEL_FORMAT_BayerRG8;
+  constexpr size_t kByteCount = 12;
+  using Call = KORVEL_RETURN_CODE (*)(KORVEL_IMAGE_TRANSFORMER_HANDLE, KORVEL_IMAGE_HANDLE);
+  for (const Call call : {KORVEL_ImageTransformer_MirrorLeftRightInPlace, KORVEL_ImageTransformer_MirrorUpDownInPlace,
+                          KORVEL_ImageTransformer_MirrorUpDownLeftRightInPlace}) {
+    KORVEL_IMAGE_TRANSFORMER_HANDLE transformer = nullptr;
+    ASSERT_EQ(KORVEL_ImageTransformer_Construct(&transformer), 0u);
+    for (const bool isPooled : {false, true}) {
+      KORVEL_IMAGE_HANDLE own = nullptr;
+      ASSERT_EQ(KORVEL_Image_Construct(kBayer, 4, 3, &own), 0u);
+      KORVEL_IMAGE_HANDLE image = own;
+      // Turned by no more than a mirror of an odd height, which keeps the format.
+      if (isPooled) {
+        ASSERT_EQ(KORVEL_ImageTransformer_MirrorUpDown(transformer, own, &image), 0u);
+      }
+      uint8_t* data = nullptr;
+      ASSERT_EQ(KORVEL_Image_GetData(image, &data), 0u);
+      std::array<uint8_t, kByteCount> pixels;
+      std::iota(pixels.begin(), pixels.end(), uint8_t{1});
+      std::copy(pixels.begin(), pixels.end(), data);
+
+      KORVEL_RETURN_CODE code = KORVEL_RETURN_CODE_Error;
+      for (long failing = 0; code != KORVEL_RETURN_CODE_Success; ++failing) {
+        ASSERT_LT(failing, 1000);
+        SCOPED_TRACE(failing);
+        allocationsUntilFailure = failing;
+        code = call(transformer, image);
+        allocationsUntilFailure = -1;
+        uint8_t* now = nullptr;
+        ASSERT_EQ(KORVEL_Image_GetData(image, &now), 0u);
+        ASSERT_EQ(now, data);
+        if (code == KORVEL_RETURN_CODE_Success) break;
+        EXPECT_EQ(code, uint32_t{KORVEL_RETURN_CODE_Error});
+        EXPECT_TRUE(std::equal(pixels.begin(), pixels.end(), data));
+        uint32_t format = 0;
+        ASSERT_EQ(KORVEL_Image_GetPixelFormat(image, &format), 0u);
+        EXPECT_EQ(format, kBayer);
+      }
+      EXPECT_FALSE(std::equal(pixels.begin(), pixels.end(), data));
+      EXPECT_EQ(KORVEL_Image_Destruct(image), 0u);
+      if (isPooled) {
+        EXPECT_EQ(KORVEL_Image_Destruct(own), 0u);
+      }
+    }
+    EXPECT_EQ(KORVEL_ImageTransformer_Destruct(transformer), 0u);
+  }
 }
 
 }  // namespace

@@ -270,6 +270,21 @@ TEST_F(PngFiles, OfWrongChecksumsAreRefused) {
   EXPECT_NE(ReadBytes(adler).code, 0u);
 }
 
+TEST_F(PngFiles, OfWhichTheSignificantBitsAreDamagedAreRefused) {
+  // Without them the samples would be read as others.
+  PngRecipe recipe = Recipe(0, 16, 4, 4);
+  recipe.significantBits = {12};
+  const Bytes file = MakePng(recipe);
+  ASSERT_EQ(ReadBytes(file).code, 0u);
+  constexpr size_t kEndOfHeader = 8 + 25;
+  constexpr size_t kChunkByteCount = 13;  // length, id, one byte, checksum
+  for (size_t i = kEndOfHeader + 8; i < kEndOfHeader + kChunkByteCount; ++i) {
+    Bytes damaged = file;
+    damaged[i] ^= 1;
+    EXPECT_EQ(ReadBytes(damaged).error, kBadInfo) << "byte " << i;
+  }
+}
+
 TEST_F(PngFiles, OfTooFewRowsAreRefused) {
   const Bytes small = MakePng(Recipe(0, 8, 4, 3));
   const Bytes data(small.begin() + 33, small.end());
