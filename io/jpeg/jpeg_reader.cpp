@@ -74,6 +74,7 @@ std::unique_ptr<IfcImage> JPEGReader::readImage(const std::string& path, buffer:
                                                 std::optional<PixelFormatId> requested) {
   InputFile file(path);
   if (!file.IsOpen()) ThrowIo(ImgStatusCode::Io, kReadImage, kCannotOpen);
+  file.ReadInBlocks();
 
   Decompressor decompressor;
   jpeg_decompress_struct& cinfo = decompressor.Get();

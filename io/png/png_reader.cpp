@@ -126,6 +126,7 @@ std::unique_ptr<IfcImage> PNGReader::readImage(const std::string& path, buffer::
                                                std::optional<PixelFormatId> requested) {
   InputFile file(path);
   if (!file.IsOpen()) Fail(kCannotOpen);
+  file.ReadInBlocks();
   std::array<png_byte, kSignatureByteCount> signature{};
   if (!file.Read(signature.data(), signature.size()) || png_sig_cmp(signature.data(), 0, signature.size()) != 0) {
     Fail("Error reading header of png file.");
