@@ -21,10 +21,6 @@ using korvel::internal::kSuccess;
 using korvel::internal::RegisterImage;
 using korvel::internal::ToExported;
 
-// Intended: the text of the functions for the factors lacks the end of the argument's name.
-#define KORVEL_REQUIRE_CORRECTOR(colorCorrector) \
-  KORVEL_REQUIRE((colorCorrector) != nullptr, KORVEL_RETURN_CODE_InvalidHandle, "colorCorrector is invalid!")
-
 namespace {
 
 std::shared_ptr<ColorCorrector> FindCorrector(KORVEL_COLOR_CORRECTOR_HANDLE colorCorrectorHandle) {
@@ -46,7 +42,8 @@ KORVEL_RETURN_CODE KORVEL_ColorCorrector_SetColorCorrectionFactors(KORVEL_COLOR_
                                                                    const float* colorCorrectorFactors) {
   return ExportFrame([&] {
     const auto colorCorrector = FindCorrector(colorCorrectorHandle);
-    KORVEL_REQUIRE_CORRECTOR(colorCorrector);
+    // Intended: the text lacks the end of the argument's name.
+    KORVEL_REQUIRE_HANDLE(colorCorrector, colorCorrector);
     KORVEL_REQUIRE_POINTER(colorCorrectorFactors);
     ColorFactors factors;
     std::copy_n(colorCorrectorFactors, factors.size(), factors.begin());
@@ -60,7 +57,8 @@ KORVEL_RETURN_CODE KORVEL_ColorCorrector_GetColorCorrectionFactors(KORVEL_COLOR_
                                                                    size_t* colorCorrectorFactorsSize) {
   return ExportFrame([&] {
     const auto colorCorrector = FindCorrector(colorCorrectorHandle);
-    KORVEL_REQUIRE_CORRECTOR(colorCorrector);
+    // Intended: the text lacks the end of the argument's name.
+    KORVEL_REQUIRE_HANDLE(colorCorrector, colorCorrector);
     KORVEL_REQUIRE_POINTER(colorCorrectorFactorsSize);
     const ColorFactors& factors = colorCorrector->GetFactors();
     // Intended: unlike in other functions that fill an array, the size stays as the caller gave it.

@@ -18,10 +18,6 @@ using korvel::internal::kSuccess;
 using korvel::internal::RegisterImage;
 using korvel::internal::ToExported;
 
-// Intended: the text of the functions for the value lacks the end of the argument's name.
-#define KORVEL_REQUIRE_CORRECTOR(gammaCorrector) \
-  KORVEL_REQUIRE((gammaCorrector) != nullptr, KORVEL_RETURN_CODE_InvalidHandle, "gammaCorrector is invalid!")
-
 namespace {
 
 std::shared_ptr<GammaCorrector> FindCorrector(KORVEL_GAMMA_CORRECTOR_HANDLE gammaCorrectorHandle) {
@@ -32,7 +28,8 @@ KORVEL_RETURN_CODE Get(KORVEL_GAMMA_CORRECTOR_HANDLE gammaCorrectorHandle, float
                        float (GammaCorrector::*get)() const) {
   return ExportFrame([&] {
     const auto gammaCorrector = FindCorrector(gammaCorrectorHandle);
-    KORVEL_REQUIRE_CORRECTOR(gammaCorrector);
+    // Intended: the text lacks the end of the argument's name.
+    KORVEL_REQUIRE_HANDLE(gammaCorrector, gammaCorrector);
     KORVEL_REQUIRE_POINTER(value);
     *value = (*gammaCorrector.*get)();
     return kSuccess;
@@ -54,7 +51,8 @@ KORVEL_RETURN_CODE KORVEL_GammaCorrector_SetGammaCorrectionValue(KORVEL_GAMMA_CO
                                                                  const float* value) {
   return ExportFrame([&] {
     const auto gammaCorrector = FindCorrector(gammaCorrectorHandle);
-    KORVEL_REQUIRE_CORRECTOR(gammaCorrector);
+    // Intended: the text lacks the end of the argument's name.
+    KORVEL_REQUIRE_HANDLE(gammaCorrector, gammaCorrector);
     KORVEL_REQUIRE_POINTER(value);
     gammaCorrector->SetGammaCorrectionValue(*value);
     return kSuccess;
