@@ -31,6 +31,7 @@ readonly base_packages=(
   libjpeg62-turbo-dev:/jpeglib.h
   libcairo2-dev:/cairo/cairo.h
   libturbojpeg0-dev:/turbojpeg.h
+  libhwy-dev:/hwy/highway.h
   libcli11-dev:/CLI/CLI.hpp
   nlohmann-json3-dev:/nlohmann/json.hpp
   libgtest-dev:/gtest/gtest.h
