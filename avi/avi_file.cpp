@@ -60,7 +60,7 @@ QAVIError CAviFile::SetData(size_t stream, std::span<const uint8_t> frame, uint3
 QAVIError CAviFile::SetStreamName(size_t stream, const std::string& name) {
   RIFFchunk* const chunk = StreamName(stream);
   if (chunk == nullptr) return QAVIError::NoChunk;
-  if (!isWritable_ || isTreeWritten_ || FramesOf(stream) != 0) return QAVIError::PermissionDenied;
+  if (!isWritable_ || isTreeWritten_ || HasFrames()) return QAVIError::PermissionDenied;
   chunk->data.assign(name.c_str(), name.c_str() + name.size() + 1);
   chunk->size = static_cast<uint32_t>(chunk->data.size());
   if (chunk->parent != nullptr) chunk->parent->SumSizes();

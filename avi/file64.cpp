@@ -90,4 +90,6 @@ bool CFile64::WriteAt(uint64_t position, std::initializer_list<std::span<const u
   return true;
 }
 
+bool CFile64::Truncate(uint64_t byteCount) { return ftruncate(descriptor_, static_cast<off_t>(byteCount)) == 0; }
+
 }  // namespace avi

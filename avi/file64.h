@@ -34,6 +34,9 @@ class CFile64 {
   // Writes the parts one behind the other. False if they could not all be written.
   bool WriteAt(uint64_t position, std::initializer_list<std::span<const uint8_t>> parts);
 
+  // Makes the file this long. False at a failure.
+  bool Truncate(uint64_t byteCount);
+
  private:
   int descriptor_ = -1;
 };

@@ -242,14 +242,16 @@ bool FORMaviHandler::ReadIndex(const CFile64& file, RIFFchunk& chunk) {
 
 bool FORMaviHandler::WriteTree(CFile64& file) {
   if (!root_) return false;
+  // Frames of the other streams are not in the index.
+  if (idx1_ != nullptr) idx1_->size = static_cast<uint32_t>(streams_.front().index.size() * kIndexEntryByteCount);
   FixUp();
-  BuildIndex();
   return WriteChunk(file, *root_, 0);
 }
 
 bool FORMaviHandler::WriteChunk(CFile64& file, RIFFchunk& chunk, uint64_t position) {
   chunk.position = position;
   const auto head = kChunkHeadLayout.Encode({.id = chunk.id, .size = chunk.size});
+  if (&chunk == idx1_) return file.WriteAt(position, {head}) && WriteIndex(file, position + kHeadByteCount);
   if (!chunk.IsList()) {
     // What a file holds beside the chunks of this tree stays as it is.
     if (chunk.data.size() != chunk.size) return file.WriteAt(position, {head});
@@ -268,17 +270,24 @@ bool FORMaviHandler::WriteChunk(CFile64& file, RIFFchunk& chunk, uint64_t positi
   return isWritten;
 }
 
-void FORMaviHandler::BuildIndex() {
-  if (idx1_ == nullptr) return;
-  std::vector<uint8_t> bytes;
-  bytes.reserve(idx1_->size);
-  for (const IndexEntry& entry : streams_.front().index) {
-    const auto entryBytes = kIndexEntryLayout.Encode(entry);
-    bytes.insert(bytes.end(), entryBytes.begin(), entryBytes.end());
+// In pieces, so that the end of a file takes no memory, however many frames it has.
+bool FORMaviHandler::WriteIndex(CFile64& file, uint64_t position) const {
+  constexpr size_t kMostEntries = 512;
+  std::array<uint8_t, kMostEntries * kIndexEntryByteCount> bytes;
+  std::span<const IndexEntry> left = streams_.front().index;
+  while (!left.empty()) {
+    const auto piece = left.first(std::min(left.size(), kMostEntries));
+    auto next = bytes.begin();
+    for (const IndexEntry& entry : piece) {
+      const auto entryBytes = kIndexEntryLayout.Encode(entry);
+      next = std::copy(entryBytes.begin(), entryBytes.end(), next);
+    }
+    const size_t byteCount = piece.size() * kIndexEntryByteCount;
+    if (!file.WriteAt(position, {std::span(bytes).first(byteCount)})) return false;
+    position += byteCount;
+    left = left.subspan(piece.size());
   }
-  idx1_->size = static_cast<uint32_t>(bytes.size());
-  idx1_->data = std::move(bytes);
-  root_->SumSizes();
+  return true;
 }
 
 // Takes the number of frames and the largest one from stream 0's header to the main header.
@@ -294,6 +303,8 @@ void FORMaviHandler::FixUp() {
   }
   root_->SumSizes();
 }
+
+bool FORMaviHandler::HasFrames() const { return movi_ != nullptr && movi_->size > kTypeByteCount; }
 
 bool FORMaviHandler::HasRoomFor(size_t frameSize) const {
   if (!root_ || movi_ == nullptr || frameSize > kLargestSize) return false;
@@ -317,8 +328,12 @@ QAVIError FORMaviHandler::WriteFrame(CFile64& file, size_t stream, std::span<con
   std::vector<IndexEntry>& index = streams_.at(stream).index;
   // Memory is taken before the frame is written, so that what is in the file is in the index.
   index.push_back({.id = id, .flags = flags, .offset = pendingOffset_, .size = size});
-  if (!file.WriteAt(movi_->position + movi_->Length(), {head, frame, PaddingFor(padding, size)})) {
+  const uint64_t position = movi_->position + movi_->Length();
+  const uint64_t end = std::max(position, file.Size());
+  if (!file.WriteAt(position, {head, frame, PaddingFor(padding, size)})) {
     index.pop_back();
+    // What was written of it could be longer than the index, and would stay behind it.
+    file.Truncate(end);
     return QAVIError::DiskFull;
   }
 

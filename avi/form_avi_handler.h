@@ -45,8 +45,8 @@ class FORMaviHandler {
   // Copies a frame's payload.
   QAVIError ReadFrame(const CFile64& file, size_t stream, size_t frame, std::span<uint8_t> buffer, size_t* size) const;
 
-  // Frames that the index has.
-  size_t FramesOf(size_t stream) const { return stream < kMostStreams ? streams_.at(stream).index.size() : 0; }
+  // Whether the file has frames, of whatever stream.
+  bool HasFrames() const;
 
   // The payload of a header, null if the file has none or a shorter one.
   std::vector<uint8_t>* MainHeaderData();
@@ -66,8 +66,7 @@ class FORMaviHandler {
   bool ReadChildren(const CFile64& file, RIFFchunk& list, uint64_t position, uint64_t end);
   bool ReadIndex(const CFile64& file, RIFFchunk& chunk);
   bool WriteChunk(CFile64& file, RIFFchunk& chunk, uint64_t position);
-  bool WritePayload(CFile64& file, const RIFFchunk& chunk);
-  void BuildIndex();
+  bool WriteIndex(CFile64& file, uint64_t position) const;
   void FixUp();
 
   std::unique_ptr<RIFFchunk> root_;

@@ -68,6 +68,17 @@ TEST_F(AviLayout, MatchesTheModelForEachNumberOfFrames) {
   }
 }
 
+TEST_F(AviLayout, HasAnIndexOfAnyLength) {
+  for (const size_t count : {511u, 512u, 513u, 1024u, 1500u}) {
+    SCOPED_TRACE(count);
+    const auto frames = MakeAviFrames(count);
+    AviFile file(AviFile::Create(path));
+    file.Append(frames);
+    file.Close();
+    ASSERT_EQ(ReadFileBytes(path), BuildAviFile(PlainAvi(frames)));
+  }
+}
+
 TEST_F(AviLayout, HasNothingOnDiskBeforeTheFirstFrame) {
   const AviFile file(AviFile::Create(path));
   EXPECT_TRUE(ReadFileBytes(path).empty());

@@ -270,6 +270,15 @@ TEST_F(QAVI, NamesAStreamBeforeItsFirstFrameOnly) {
   EXPECT_EQ(name, std::string(1000, 'x'));
 }
 
+TEST_F(QAVI, NamesNoStreamOnceAnotherHasFrames) {
+  {
+    const AviFile file(AviFile::Create(path, 2));
+    file.Append({{1}}, 1);
+  }
+  const AviFile file(AviFile::Modify(path));
+  EXPECT_EQ(avi::QAVISetStreamName(file.Handle(), 0, "a longer name than it had"), QAVIError::PermissionDenied);
+}
+
 TEST_F(QAVI, TurnsAnExceptionIntoAnError) {
   const AviFile file(AviFile::Create(path));
   EXPECT_EQ(avi::QAVIChangeMainHeader(file.Handle(), [](MainHeader&) { throw std::runtime_error("no"); }),
@@ -339,6 +348,23 @@ TEST_F(QAVI, ForgetsAFrameThatCouldNotBeWritten) {
   file.Append({{5, 6}});
   file.Close();
   EXPECT_EQ(ReadFileBytes(path), BuildAviFile(PlainAvi({{1, 2, 3}, {4}, {5, 6}})));
+}
+
+// Its beginning would lie behind the index, which is shorter.
+TEST_F(QAVI, LeavesNothingOfAFrameThatCouldNotBeWritten) {
+  AviFile file(AviFile::Create(path));
+  file.Append({{1, 2, 3}, {4}});
+  rlimit limit{};
+  ASSERT_EQ(getrlimit(RLIMIT_FSIZE, &limit), 0);
+  rlimit none = limit;
+  none.rlim_cur = ReadFileBytes(path).size() + 500;
+  const auto handler = std::signal(SIGXFSZ, SIG_IGN);
+  ASSERT_EQ(setrlimit(RLIMIT_FSIZE, &none), 0);
+  EXPECT_EQ(avi::QAVISetData(file.Handle(), 0, AviBytes(1000, 9)), QAVIError::DiskFull);
+  ASSERT_EQ(setrlimit(RLIMIT_FSIZE, &limit), 0);
+  std::signal(SIGXFSZ, handler);
+  file.Close();
+  EXPECT_EQ(ReadFileBytes(path), BuildAviFile(PlainAvi({{1, 2, 3}, {4}})));
 }
 
 // The file's 32-bit sizes hold up to 4294967295 bytes behind their own place: 228 are there before the frames' list,
