@@ -3,8 +3,8 @@
 #include <unistd.h>
 
 #include <codecvt>
-#include <exception>
 #include <locale>
+#include <mutex>
 #include <stdexcept>
 
 #include "video/color_mode.h"
@@ -17,6 +17,9 @@ constexpr const char* kFramesPerSecond = "fps";
 constexpr const char* kContext = "AviLegacy";
 
 std::atomic<int> slotsTaken = 0;
+
+// Held from the look for a file to its making, so that of two videos with one path one finds the other's.
+std::mutex newFileMutex;
 
 [[noreturn]] void Throw(VideoStatus status) { throw std::system_error(MakeErrorCode(status), kContext); }
 
@@ -82,12 +85,13 @@ AviLegacy::~AviLegacy() {
 }
 
 void AviLegacy::openFile(const std::string& path, std::error_code& error) {
-  RequireUtf8(path);
   const std::lock_guard lock(fileMutex_);
+  const std::lock_guard newFile(newFileMutex);
   if (Exists(path)) {
     error = MakeErrorCode(VideoStatus::CouldNotAccess);
     return;
   }
+  RequireUtf8(path);
   error = ToErrorCode(pipeline_.Open(path));
   if (error) return;
   isOpen_ = true;

@@ -43,14 +43,13 @@ uint32_t MicroSecondsOf(uint64_t frameTimeUs) {
 
 }  // namespace
 
-CAvi::CAvi(std::string path, avi::QAVIHandle handle) : path_(std::move(path)), handle_(handle) {}
-
 std::unique_ptr<CAvi> CAvi::Open(const std::string& path, uint64_t frameTimeUs, size_t bytesPerPixel,
                                  SlotStatus* status) {
-  avi::QAVIHandle handle = 0;
   *status = SlotStatus::OpenFailed;
-  if (avi::QAVICreateFile(path, 1, &handle) != QAVIError::Success) return nullptr;
-  std::unique_ptr<CAvi> writer(new CAvi(path, handle));
+  // Before the file is made, so that no failure leaves one open.
+  std::unique_ptr<CAvi> writer(new CAvi(path));
+  if (avi::QAVICreateFile(path, 1, &writer->handle_) != QAVIError::Success) return nullptr;
+  const avi::QAVIHandle handle = writer->handle_;
 
   const QAVIError mainHeader = avi::QAVIChangeMainHeader(handle, [&](MainHeader& header) {
     // Stands until the frames tell.

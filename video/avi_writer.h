@@ -6,6 +6,7 @@
 #include <memory>
 #include <span>
 #include <string>
+#include <utility>
 
 #include "avi/qavi.h"
 #include "video/slot_status.h"
@@ -35,10 +36,10 @@ class CAvi {
   bool Close();
 
  private:
-  CAvi(std::string path, avi::QAVIHandle handle);
+  explicit CAvi(std::string path) : path_(std::move(path)) {}
 
   std::string path_;
-  avi::QAVIHandle handle_;
+  avi::QAVIHandle handle_ = 0;
 };
 
 }  // namespace libvideo

@@ -96,19 +96,17 @@ SlotStatus CZenoAvi::StartWorker() {
   const ColorMode mode = ColorModeOf(colorMode_);
   try {
     codec_.Prepare(width_, height_, mode);
-    {
-      const std::lock_guard lock(queueMutex_);
-      frameByteCount_ = mode.bytesPerPixel * height_ * width_;
-      isWorkerLive_ = true;
-    }
-    wasLastFrameGood_ = true;
+    // The worker waits for the lock, and no frame is queued until there is a worker to take it.
+    const std::lock_guard lock(queueMutex_);
     if (Seams::Instance().failsToStart) {
       throw std::system_error(std::make_error_code(std::errc::resource_unavailable_try_again));
     }
     worker_ = std::thread(&CZenoAvi::Work, this);
+    frameByteCount_ = mode.bytesPerPixel * height_ * width_;
+    ++recording_;
+    isWorkerLive_ = true;
+    wasLastFrameGood_ = true;
   } catch (const std::exception&) {
-    const std::lock_guard lock(queueMutex_);
-    isWorkerLive_ = false;
     return SlotStatus::Failed;
   }
   RaisePriority(worker_);
@@ -141,6 +139,7 @@ SlotStatus CZenoAvi::Drop(SlotStatus status) {
 
 SlotStatus CZenoAvi::AddFrame(const uint8_t* data, size_t byteCount) {
   size_t frameByteCount = 0;
+  uint64_t recording = 0;
   {
     const std::lock_guard lock(queueMutex_);
     if (isLimitReached_) {
@@ -151,14 +150,15 @@ SlotStatus CZenoAvi::AddFrame(const uint8_t* data, size_t byteCount) {
     if (!isWorkerLive_) return Drop(SlotStatus::Success);
     if (queue_.size() >= queueLimit_) return Drop(SlotStatus::QueueFull);
     frameByteCount = frameByteCount_;
+    recording = recording_;
     if (byteCount < frameByteCount) return Drop(SlotStatus::InvalidSize);
   }
   try {
     Frame frame(new uint8_t[frameByteCount]);
     std::memcpy(frame.get(), data, frameByteCount);
     const std::lock_guard lock(queueMutex_);
-    // The worker may have been told to end meanwhile, and may be gone.
-    if (!isWorkerLive_) return Drop(SlotStatus::Success);
+    // The worker may have been told to end meanwhile, and may be gone; the next one takes frames of another size.
+    if (!isWorkerLive_ || recording != recording_) return Drop(SlotStatus::Success);
     queue_.push_back(std::move(frame));
   } catch (const std::exception&) {
     return Drop(SlotStatus::CompressionFailed);

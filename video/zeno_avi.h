@@ -115,6 +115,7 @@ class CZenoAvi {
   WaitPoint queueEmpty_;
   std::deque<Frame> queue_;
   size_t frameByteCount_ = 0;
+  uint64_t recording_ = 0;  // counts starts of the worker
   bool isWorkerLive_ = false;
   bool isLimitReached_ = false;
 

@@ -1,11 +1,12 @@
-// What buffers and pools keep, and what the exported frame says, when memory runs out in the middle of a call. A
-// program of its own, since it replaces the allocation functions.
+// What buffers, pools and recordings keep, and what the exported frame says, when memory runs out in the middle of a
+// call. A program of its own, since it replaces the allocation functions.
 
 #include <gtest/gtest.h>
 
 #include <algorithm>
 #include <array>
 #include <cstdlib>
+#include <filesystem>
 #include <new>
 #include <numeric>
 #include <stdexcept>
@@ -15,6 +16,9 @@
 #include "buffers/fixed_format_vector_buffer_pool.h"
 #include "buffers/vector_image_buffer.h"
 #include "korvel/korvel.h"
+#include "tests/model/avi_model.h"
+#include "tests/support/file_bytes.h"
+#include "tests/support/temporary_directory.h"
 
 namespace {
 
@@ -177,6 +181,45 @@ TEST(ImageTransformer, LeavesAnImageAsItWasWhenMemoryRunsOut) {
     }
     EXPECT_EQ(KORVEL_ImageTransformer_Destruct(transformer), 0u);
   }
+}
+
+// No call leaves a file open, and what a recording has written is whole when it is closed.
+TEST(VideoWriter, LosesNoFileWhenMemoryRunsOut) {
+  const korvel_test::TemporaryDirectory directory;
+  const std::string path = directory.File("a.avi");
+  KORVEL_IMAGE_HANDLE image = nullptr;
+  ASSERT_EQ(KORVEL_Image_Construct(KORVEL_PIXEL_FORMAT_RGB8, 64, 48, &image), 0u);
+  // Runs a call until none of its allocations fails.
+  const auto repeat = [](auto&& call, auto&& check) {
+    for (long failing = 0;; ++failing) {
+      allocationsUntilFailure = failing;
+      const KORVEL_RETURN_CODE code = call();
+      allocationsUntilFailure = -1;
+      if (code == KORVEL_RETURN_CODE_Success) return;
+      SCOPED_TRACE(failing);
+      ASSERT_LT(failing, 1000);
+      EXPECT_EQ(code, uint32_t{KORVEL_RETURN_CODE_Error});
+      check();
+    }
+  };
+  const size_t descriptors = korvel_test::OpenDescriptors();
+  KORVEL_VIDEO_HANDLE video = nullptr;
+  repeat(
+      [&] {
+        return KORVEL_VideoWriter_Video_Open(&video, path.c_str(), KORVEL_VIDEO_CONTAINER_AVI,
+                                             KORVEL_VIDEO_ENCODER_MJPEG);
+      },
+      [&] {
+        EXPECT_EQ(korvel_test::OpenDescriptors(), descriptors);
+        EXPECT_EQ(video, nullptr);
+        std::filesystem::remove(path);
+      });
+  repeat([&] { return KORVEL_VideoWriter_Video_Append(video, image); }, [] {});
+  repeat([&] { return KORVEL_VideoWriter_Video_Close(video); },
+         [] { ADD_FAILURE() << "the end of a file takes no memory"; });
+  EXPECT_EQ(korvel_test::OpenDescriptors(), descriptors);
+  EXPECT_EQ(korvel_test::ParseAviFile(korvel_test::ReadFileBytes(path)).frames.size(), 1u);
+  EXPECT_EQ(KORVEL_Image_Destruct(image), 0u);
 }
 
 }  // namespace

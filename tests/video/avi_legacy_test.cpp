@@ -195,6 +195,14 @@ TEST_F(AviLegacyTest, RefusesPathsThatAreNotUtf8) {
   EXPECT_TRUE(std::filesystem::is_empty(directory.Path()));
 }
 
+TEST_F(AviLegacyTest, FindsAFileThatExistsByAnyPath) {
+  const std::string notUtf8 = directory.File("\xFF");
+  WriteFileBytes(notUtf8, {1, 2, 3});
+  Recorder recorder;
+  EXPECT_EQ(recorder.Open(notUtf8), VideoStatus::CouldNotAccess);
+  EXPECT_EQ(ReadFileBytes(notUtf8), (AviBytes{1, 2, 3}));
+}
+
 TEST_F(AviLegacyTest, ListsItsOptions) {
   const Recorder recorder;
   const auto options = recorder.video.options();

@@ -2,6 +2,7 @@
 // the thread sanitizer sees the rest.
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <atomic>
 #include <cstdint>
 #include <filesystem>
@@ -13,19 +14,28 @@
 
 #include "tests/model/avi_model.h"
 #include "tests/support/file_bytes.h"
+#include "tests/support/held_workers.h"
 #include "tests/support/recorder.h"
 #include "tests/support/temporary_directory.h"
 #include "tests/support/video_frames.h"
 #include "video/avi_legacy.h"
+#include "video/seams.h"
+#include "video/zeno_avi.h"
 
 namespace {
 
+using korvel_test::AviBytes;
+using korvel_test::CompressFrame;
 using korvel_test::kRgb24;
 using korvel_test::MakeSmoothFrame;
 using korvel_test::ParseAviFile;
 using korvel_test::Pixels;
 using korvel_test::ReadFileBytes;
 using korvel_test::Recorder;
+using korvel_test::SeamValue;
+using libvideo::CZenoAvi;
+using libvideo::Seams;
+using libvideo::SlotStatus;
 using libvideo::VideoStatus;
 
 class VideoThreads : public testing::Test {
@@ -69,6 +79,72 @@ TEST_F(VideoThreads, StartOnceWithTheirFirstFrames) {
     ASSERT_EQ(recorder.Written(), 2u);
     ASSERT_EQ(ParseAviFile(ReadFileBytes(path)).frames.size(), 2u);
   }
+}
+
+TEST_F(VideoThreads, MakeAFileOnceWithOneName) {
+  Recorder one;
+  Recorder two;
+  for (int round = 0; round < 200; ++round) {
+    std::filesystem::remove(path);
+    StartLine line(2);
+    VideoStatus other{};
+    std::thread thread([&] {
+      line.Begin();
+      other = two.Open(path);
+    });
+    line.Begin();
+    const VideoStatus mine = one.Open(path);
+    thread.join();
+    ASSERT_EQ(std::min(mine, other), VideoStatus::Success) << round;
+    ASSERT_EQ(std::max(mine, other), VideoStatus::CouldNotAccess) << round;
+    ASSERT_EQ(one.Close(), VideoStatus::Success);
+    ASSERT_EQ(two.Close(), VideoStatus::Success);
+  }
+}
+
+// A frame whose copying takes until the next recording has begun belongs to neither, and is too short for that one.
+TEST_F(VideoThreads, TakeNoFrameIntoTheNextRecording) {
+  constexpr size_t kWidth = 2048;
+  constexpr size_t kHeight = 1024;
+  const Pixels first = MakeSmoothFrame(kRgb24, kWidth, kHeight, 0);
+  const Pixels second = MakeSmoothFrame(kRgb24, kWidth, kHeight + 8, 0);
+  const AviBytes picture = CompressFrame(kRgb24, kWidth, kHeight + 8, second, 75);
+  for (int round = 0; round < 20; ++round) {
+    std::filesystem::remove(path);
+    const std::string next = directory.File("b.avi");
+    std::filesystem::remove(next);
+    Recorder recorder(kRgb24, kWidth, kHeight);
+    ASSERT_EQ(recorder.Open(path), VideoStatus::Success);
+    // Too short to be recorded, it starts the recording all the same.
+    ASSERT_EQ(recorder.Append(first.data(), 1), VideoStatus::InvalidParameter);
+    StartLine line(2);
+    std::thread appender([&] {
+      line.Begin();
+      recorder.Append(first);
+    });
+    line.Begin();
+    ASSERT_EQ(recorder.Close(), VideoStatus::Success);
+    ASSERT_EQ(recorder.SetSize(kWidth, kHeight + 8), VideoStatus::Success);
+    ASSERT_EQ(recorder.Open(next), VideoStatus::Success);
+    ASSERT_EQ(recorder.Append(second), VideoStatus::Success);
+    appender.join();
+    ASSERT_EQ(recorder.Close(), VideoStatus::Success);
+    ASSERT_EQ(ParseAviFile(ReadFileBytes(next)).frames, (std::vector<AviBytes>{picture})) << round;
+  }
+}
+
+TEST_F(VideoThreads, QueueNoFrameThatNoWorkerTakes) {
+  const SeamValue fails(Seams::Instance().failsToStart, true);
+  CZenoAvi pipeline;
+  ASSERT_EQ(pipeline.Open(path), SlotStatus::Success);
+  std::atomic<bool> isOver = false;
+  std::thread appender([&] {
+    while (!isOver) pipeline.AddFrame(frame.data(), frame.size());
+  });
+  for (int i = 0; i < 2000; ++i) EXPECT_EQ(pipeline.Start({64, 48}, 1), SlotStatus::Failed);
+  isOver = true;
+  appender.join();
+  EXPECT_EQ(pipeline.Queued(), 0u);
 }
 
 // Whichever size wins, frames of the other are refused or cut, and no byte beyond a frame is read.
