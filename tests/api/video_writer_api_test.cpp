@@ -728,8 +728,7 @@ TEST_F(VideoWriterApi, LeavesNoDescriptorBehind) {
   EXPECT_EQ(korvel_test::OpenDescriptors(), before);
 }
 
-// -------------------------------------------------------------------------------------------------- process and
-// threads --
+// ---------------------------------------------------------------------------------------------- process and threads --
 
 TEST_F(VideoWriterApi, ClosesWhatIsStillOpenWhenTheProcessEnds) {
   const std::string other = directory.File("b.avi");
