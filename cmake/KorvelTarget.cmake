@@ -12,6 +12,11 @@ function(korvel_configure_target target)
     target_compile_options(${target} PRIVATE -fsanitize=${KORVEL_SANITIZE} -fno-sanitize-recover=all
                                              -fno-omit-frame-pointer)
     target_link_options(${target} PUBLIC -fsanitize=${KORVEL_SANITIZE})
+  else()
+    # A mistake that is still there shall end in a message rather than in somebody else's code.
+    target_compile_options(${target} PRIVATE -fstack-protector-strong -fstack-clash-protection -fcf-protection)
+    target_compile_definitions(${target} PRIVATE $<$<CONFIG:Release,RelWithDebInfo,MinSizeRel>:_FORTIFY_SOURCE=2>)
+    target_link_options(${target} PRIVATE LINKER:-z,relro,-z,now)
   endif()
   if(KORVEL_BUILD_FUZZERS)
     target_compile_options(${target} PRIVATE -fsanitize=fuzzer-no-link)

@@ -1,0 +1,38 @@
+# What an installation has, in components: runtime (the library), development (header, CMake package, pkg-config),
+# tools (the korvel command) and documentation.
+
+include(GNUInstallDirs)
+include(CMakePackageConfigHelpers)
+
+install(TARGETS korvel EXPORT korvelTargets
+        LIBRARY DESTINATION "${CMAKE_INSTALL_LIBDIR}" COMPONENT runtime NAMELINK_COMPONENT development
+        INCLUDES DESTINATION "${CMAKE_INSTALL_INCLUDEDIR}")
+install(DIRECTORY include/korvel DESTINATION "${CMAKE_INSTALL_INCLUDEDIR}" COMPONENT development)
+
+# find_package(korvel), which defines korvel::korvel.
+set(korvel_package_dir "${CMAKE_INSTALL_LIBDIR}/cmake/korvel")
+install(EXPORT korvelTargets NAMESPACE korvel:: DESTINATION "${korvel_package_dir}" COMPONENT development)
+configure_package_config_file(cmake/korvelConfig.cmake.in "${CMAKE_CURRENT_BINARY_DIR}/korvelConfig.cmake"
+                              INSTALL_DESTINATION "${korvel_package_dir}"
+                              NO_SET_AND_CHECK_MACRO NO_CHECK_REQUIRED_COMPONENTS_MACRO)
+write_basic_package_version_file("${CMAKE_CURRENT_BINARY_DIR}/korvelConfigVersion.cmake"
+                                 COMPATIBILITY SameMajorVersion)
+install(FILES "${CMAKE_CURRENT_BINARY_DIR}/korvelConfig.cmake" "${CMAKE_CURRENT_BINARY_DIR}/korvelConfigVersion.cmake"
+        DESTINATION "${korvel_package_dir}" COMPONENT development)
+
+# The file finds its prefix from where it lies, so that an installation can be moved.
+file(RELATIVE_PATH korvel_prefix_from_pc "/prefix/${CMAKE_INSTALL_LIBDIR}/pkgconfig" "/prefix")
+string(REGEX REPLACE "/$" "" korvel_prefix_from_pc "${korvel_prefix_from_pc}")
+configure_file(cmake/korvel.pc.in "${CMAKE_CURRENT_BINARY_DIR}/korvel.pc" @ONLY)
+install(FILES "${CMAKE_CURRENT_BINARY_DIR}/korvel.pc" DESTINATION "${CMAKE_INSTALL_LIBDIR}/pkgconfig"
+        COMPONENT development)
+
+if(KORVEL_BUILD_TOOLS)
+  # From where it lies the command finds the library of its own installation.
+  file(RELATIVE_PATH korvel_lib_from_bin "/prefix/${CMAKE_INSTALL_BINDIR}" "/prefix/${CMAKE_INSTALL_LIBDIR}")
+  set_target_properties(korvel-tool PROPERTIES INSTALL_RPATH "$ORIGIN/${korvel_lib_from_bin}")
+  install(TARGETS korvel-tool DESTINATION "${CMAKE_INSTALL_BINDIR}" COMPONENT tools)
+endif()
+
+install(FILES README.md CHANGELOG.md DESTINATION "${CMAKE_INSTALL_DOCDIR}" COMPONENT documentation)
+install(DIRECTORY docs/ DESTINATION "${CMAKE_INSTALL_DOCDIR}/docs" COMPONENT documentation)
