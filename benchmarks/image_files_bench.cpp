@@ -19,6 +19,7 @@
 #include "benchmarks/exported_calls.h"
 #include "benchmarks/registration.h"
 #include "benchmarks/side_by_side.h"
+#include "benchmarks/temporary_file.h"
 #include "benchmarks/test_frames.h"
 
 namespace korvel::benchmarks {
@@ -35,30 +36,13 @@ File Open(const std::string& path, const char* mode) {
   return file;
 }
 
-// A file name of this process that goes with the scope.
-class TemporaryFile {
- public:
-  explicit TemporaryFile(const std::string& ending)
-      : path_(std::filesystem::temp_directory_path() / ("korvel_benchmarks_" + std::to_string(getpid()) + ending)) {}
-  TemporaryFile(const TemporaryFile&) = delete;
-  TemporaryFile& operator=(const TemporaryFile&) = delete;
-  ~TemporaryFile() {
-    std::error_code ignored;
-    std::filesystem::remove(path_, ignored);
+std::vector<uint8_t> BytesOf(const TemporaryFile& file) {
+  std::vector<uint8_t> bytes(std::filesystem::file_size(file.Path()));
+  if (std::fread(bytes.data(), 1, bytes.size(), Open(file.Path(), "rb").get()) != bytes.size()) {
+    throw std::runtime_error("cannot read " + file.Path());
   }
-
-  const std::string& Path() const { return path_; }
-  std::vector<uint8_t> Bytes() const {
-    std::vector<uint8_t> bytes(std::filesystem::file_size(path_));
-    if (std::fread(bytes.data(), 1, bytes.size(), Open(path_, "rb").get()) != bytes.size()) {
-      throw std::runtime_error("cannot read " + path_);
-    }
-    return bytes;
-  }
-
- private:
-  std::string path_;
-};
+  return bytes;
+}
 
 // What a peer works on.
 struct Pixels {
@@ -207,7 +191,7 @@ void RunWrite(benchmark::State& state, const FileType& type, PixelFormatId forma
   const TemporaryFile file(type.ending);
   const auto write = [&] { Require(type.write(image.Get(), file.Path())); };
   write();
-  std::vector<uint8_t> written = file.Bytes();
+  std::vector<uint8_t> written = BytesOf(file);
   const std::vector<uint8_t> expected = written;
   const auto writeWithPeer = [&] {
     if (type.writeWithCodec) {
@@ -218,7 +202,7 @@ void RunWrite(benchmark::State& state, const FileType& type, PixelFormatId forma
   };
 
   writeWithPeer();
-  if (file.Bytes() != expected) {
+  if (BytesOf(file) != expected) {
     state.SkipWithError("differs from the file of its peer");
     return;
   }
@@ -231,7 +215,7 @@ void RunRead(benchmark::State& state, const FileType& type, PixelFormatId format
   std::vector<uint8_t> frame = MakeFrame(format, size);
   const TemporaryFile file(type.ending);
   Require(type.write(ImageOver(frame, format, size).Get(), file.Path()));
-  std::vector<uint8_t> fileBytes = file.Bytes();
+  std::vector<uint8_t> fileBytes = BytesOf(file);
   Image image;
   const auto read = [&] {
     image = Image();

@@ -19,6 +19,7 @@ int main(int argc, char** argv) {
     korvel::benchmarks::RegisterHotpixels();
     korvel::benchmarks::RegisterCorrections();
     korvel::benchmarks::RegisterImageFiles();
+    korvel::benchmarks::RegisterVideo();
     korvel::benchmarks::TableReporter reporter;
     const size_t count = benchmark::RunSpecifiedBenchmarks(&reporter);
     return count == 0 || reporter.HasFailure() ? 1 : 0;

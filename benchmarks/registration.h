@@ -24,4 +24,7 @@ void RegisterCorrections();
 // Image files beside those of the bare codecs, and beside one call of the system.
 void RegisterImageFiles();
 
+// Recording beside the bare compressor, and its caller's part beside a copy through a plain queue.
+void RegisterVideo();
+
 }  // namespace korvel::benchmarks

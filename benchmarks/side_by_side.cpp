@@ -33,8 +33,10 @@ void Measure(benchmark::State& state, const SideBySide& work) {
       for (size_t i = 0; i < streams; ++i) benchmark::DoNotOptimize(Stream(work.read, work.written));
       benchmark::ClobberMemory();
     });
+    if (work.prepare) work.prepare();
     const double subjectNow = SecondsOf(work.subject);
     benchmark::ClobberMemory();
+    if (work.prepare) work.prepare();
     const double peerNow = SecondsOf(work.peer);
     benchmark::ClobberMemory();
     limit = std::min(limit, limitNow);

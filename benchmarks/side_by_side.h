@@ -20,6 +20,7 @@ struct SideBySide {
   std::span<uint8_t> written = {};
   size_t pixels = 0;  // 0 for work that has none
   size_t calls = 1;   // that subject and peer make of their work at a time, for work too short for a clock
+  std::function<void()> prepare = nullptr;  // before each turn of subject or peer, and not timed
 };
 
 // The names of the counters. Times are those of the fastest round, of one call; x_limit and x_peer are the subject's

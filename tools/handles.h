@@ -50,5 +50,6 @@ using HotpixelCorrector =
 using ImageTransformer = UniqueHandle<KORVEL_IMAGE_TRANSFORMER_HANDLE, KORVEL_ImageTransformer_Destruct>;
 using Histogram = UniqueHandle<KORVEL_HISTOGRAM_HANDLE, KORVEL_Histogram_Destruct>;
 using PixelLine = UniqueHandle<KORVEL_PIXEL_LINE_HANDLE, KORVEL_PixelLine_Destruct>;
+using Video = UniqueHandle<KORVEL_VIDEO_HANDLE, KORVEL_VideoWriter_Video_Close>;
 
 }  // namespace korvel::tools

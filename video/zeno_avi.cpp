@@ -98,6 +98,7 @@ SlotStatus CZenoAvi::StartWorker() {
     codec_.Prepare(width_, height_, mode);
     // The worker waits for the lock, and no frame is queued until there is a worker to take it.
     const std::lock_guard lock(queueMutex_);
+    spareFrames_.reserve(kMostSpareFrames);
     if (Seams::Instance().failsToStart) {
       throw std::system_error(std::make_error_code(std::errc::resource_unavailable_try_again));
     }
@@ -127,6 +128,10 @@ SlotStatus CZenoAvi::StopWorker() {
   }
   workAvailable_.notify_all();
   worker_.join();
+  {
+    const std::lock_guard lock(queueMutex_);
+    spareFrames_.clear();
+  }
   isRunning_ = false;
   codec_.Release();
   return SlotStatus::Success;
@@ -140,6 +145,7 @@ SlotStatus CZenoAvi::Drop(SlotStatus status) {
 SlotStatus CZenoAvi::AddFrame(const uint8_t* data, size_t byteCount) {
   size_t frameByteCount = 0;
   uint64_t recording = 0;
+  Frame frame;
   {
     const std::lock_guard lock(queueMutex_);
     if (isLimitReached_) {
@@ -152,9 +158,13 @@ SlotStatus CZenoAvi::AddFrame(const uint8_t* data, size_t byteCount) {
     frameByteCount = frameByteCount_;
     recording = recording_;
     if (byteCount < frameByteCount) return Drop(SlotStatus::InvalidSize);
+    if (!spareFrames_.empty()) {
+      frame = std::move(spareFrames_.back());
+      spareFrames_.pop_back();
+    }
   }
   try {
-    Frame frame(new uint8_t[frameByteCount]);
+    if (!frame) frame.reset(new uint8_t[frameByteCount]);
     std::memcpy(frame.get(), data, frameByteCount);
     const std::lock_guard lock(queueMutex_);
     // The worker may have been told to end meanwhile, and may be gone; the next one takes frames of another size.
@@ -255,12 +265,22 @@ void CZenoAvi::Drain() {
       frame = queue_.front().get();
     }
     ++(Record(frame) ? framesWritten_ : framesDropped_);
-    Frame done;
-    const std::lock_guard lock(queueMutex_);
-    done = std::move(queue_.front());
-    queue_.pop_front();
+    RemoveFirstFrame();
   } while (!IsQueueEmpty());
   Signal(Event::QueueEmpty);
+}
+
+// Memory that comes fresh from the system costs the caller several times the copy, so a little of it is kept.
+void CZenoAvi::RemoveFirstFrame() {
+  Frame surplus;  // given back without the lock
+  const std::lock_guard lock(queueMutex_);
+  Frame& first = queue_.front();
+  if (spareFrames_.size() < kMostSpareFrames) {
+    spareFrames_.push_back(std::move(first));  // which has room
+  } else {
+    surplus = std::move(first);
+  }
+  queue_.pop_front();
 }
 
 // Compresses and writes a frame. False if it has to be dropped.

@@ -12,6 +12,7 @@
 #include <mutex>
 #include <string>
 #include <thread>
+#include <vector>
 
 #include "core/geometry.h"
 #include "video/avi_writer.h"
@@ -75,6 +76,9 @@ class CZenoAvi {
  private:
   using Frame = std::unique_ptr<uint8_t[]>;
 
+  // Enough for a stream that the worker keeps up with, and no more than a burst of it may hold for the time after.
+  static constexpr size_t kMostSpareFrames = 8;
+
   // A condition that may be waited for.
   struct WaitPoint {
     std::condition_variable condition;
@@ -93,6 +97,7 @@ class CZenoAvi {
 
   void Work() noexcept;
   void Drain();
+  void RemoveFirstFrame();
   bool Record(const uint8_t* frame);
   bool IsQueueEmpty() const;
 
@@ -114,6 +119,7 @@ class CZenoAvi {
   WaitPoint frameDone_;
   WaitPoint queueEmpty_;
   std::deque<Frame> queue_;
+  std::vector<Frame> spareFrames_;  // to be used again; all of frameByteCount_
   size_t frameByteCount_ = 0;
   uint64_t recording_ = 0;  // counts starts of the worker
   bool isWorkerLive_ = false;
