@@ -36,7 +36,7 @@ QAVIError CAviFile::Create(const std::string& path, size_t streams) {
 
 QAVIError CAviFile::OpenExisting(const std::string& path, bool isWritable) {
   if (const int number = Open(path, isWritable ? Mode::Both : Mode::Read); number != 0) return ErrorOfSystem(number);
-  if (!ReadTree(*this)) return QAVIError::ParsingFailed;
+  if (!ReadTree(*this) || (isWritable && !CanGrow())) return QAVIError::ParsingFailed;
   isWritable_ = isWritable;
   return QAVIError::Success;
 }

@@ -186,9 +186,19 @@ bool FORMaviHandler::ReadTree(const CFile64& file) {
     FreeTree();
     return false;
   }
-  pendingOffset_ = movi_->size;
+  // A list of odd size is padded like any chunk.
+  pendingOffset_ = static_cast<uint32_t>(movi_->Length() - kHeadByteCount);
   return true;
 }
+
+bool FORMaviHandler::CanGrow() const {
+  if (!root_ || movi_ == nullptr) return false;
+  const auto& chunks = root_->children;
+  if (idx1_ == nullptr) return chunks.back().get() == movi_;
+  return chunks.size() > 1 && chunks.back().get() == idx1_ && chunks[chunks.size() - 2].get() == movi_;
+}
+
+bool FORMaviHandler::HasFrames() const { return movi_ != nullptr && movi_->size > kTypeByteCount; }
 
 bool FORMaviHandler::ReadChildren(const CFile64& file, RIFFchunk& list, uint64_t position, uint64_t end) {
   while (position < end && end - position >= kHeadByteCount) {
@@ -201,13 +211,13 @@ bool FORMaviHandler::ReadChildren(const CFile64& file, RIFFchunk& list, uint64_t
     RIFFchunk& chunk = list.AddReadChild(std::make_unique<RIFFchunk>(head.id));
     chunk.size = head.size;
     chunk.position = position;
-    if (chunk.id == kList) {
+    if (chunk.IsList()) {
       std::array<uint8_t, kTypeByteCount> type;
       if (head.size < kTypeByteCount || !file.ReadAt(payload, type)) return false;
       chunk.parentType = 0;
       for (size_t i = 0; i < kTypeByteCount; ++i) chunk.parentType |= uint32_t{type.at(i)} << (8 * i);
-      // Frames are not loaded.
-      if (chunk.parentType != kMovi &&
+      // Frames are not loaded, and what a form within the form holds is not looked at.
+      if (chunk.id == kList && chunk.parentType != kMovi &&
           (chunk.depth > kDeepestList || !ReadChildren(file, chunk, payload + kTypeByteCount, payload + head.size))) {
         return false;
       }
@@ -304,7 +314,6 @@ void FORMaviHandler::FixUp() {
   root_->SumSizes();
 }
 
-bool FORMaviHandler::HasFrames() const { return movi_ != nullptr && movi_->size > kTypeByteCount; }
 
 bool FORMaviHandler::HasRoomFor(size_t frameSize) const {
   if (!root_ || movi_ == nullptr || frameSize > kLargestSize) return false;
@@ -341,8 +350,8 @@ QAVIError FORMaviHandler::WriteFrame(CFile64& file, size_t stream, std::span<con
   header.suggestedBufferSize = std::max(header.suggestedBufferSize, size);
   EncodeData(kStreamHeaderLayout, header, *data);
   const auto length = static_cast<uint32_t>(RIFFchunk::LengthOf(size));
-  movi_->size += length;
   pendingOffset_ += length;
+  movi_->size = pendingOffset_;
   if (idx1_ != nullptr) idx1_->size += kIndexEntryByteCount;
   if (++frameCount_ % kFramesBetweenFixUps == 0) {
     FixUp();

@@ -31,6 +31,9 @@ class FORMaviHandler {
   // The tree of a file; frames are not read. False if the file isn't one of this kind, or is damaged.
   bool ReadTree(const CFile64& file);
 
+  // Whether the frames' list comes last, or right before the index at the end: other chunks would be in the way.
+  bool CanGrow() const;
+
   // Writes the tree and the index from the file's start on, around the frames. False if something may not have arrived.
   bool WriteTree(CFile64& file);
 
@@ -45,7 +48,7 @@ class FORMaviHandler {
   // Copies a frame's payload.
   QAVIError ReadFrame(const CFile64& file, size_t stream, size_t frame, std::span<uint8_t> buffer, size_t* size) const;
 
-  // Whether the file has frames, of whatever stream.
+  // Whether the file has frames, of whatever stream, also such that the index doesn't have.
   bool HasFrames() const;
 
   // The payload of a header, null if the file has none or a shorter one.

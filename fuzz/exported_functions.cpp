@@ -16,6 +16,7 @@
 #include <memory>
 #include <stdexcept>
 #include <string>
+#include <thread>
 #include <tuple>
 #include <type_traits>
 #include <vector>
@@ -137,7 +138,18 @@ class Place {
   }
 
   void RemoveWrittenFiles() const {
-    for (const char* name : kFiles) std::filesystem::remove(session_.PathOf(name));
+    for (const auto& entry : std::filesystem::directory_iterator(session_.PathOf(""))) {
+      if (!entry.is_symlink() && entry.is_regular_file()) std::filesystem::remove(entry.path());
+    }
+  }
+
+  // Of the video that each input begins with.
+  std::string FirstVideo() const { return session_.PathOf("first.avi"); }
+
+  // Mostly of a new file, since videos take the place of none.
+  std::string TakePathToRecord(FuzzInput& input) const {
+    const uint8_t kind = input.TakeByte();
+    return kind % 4 == 0 ? TakePath(input) : session_.PathOf(std::to_string(kind % 8) + ".avi");
   }
 
   std::string TakeFile(FuzzInput& input) const { return session_.PathOf(input.TakeOneOf(kFiles)); }
@@ -210,11 +222,11 @@ void CheckImage(KORVEL_IMAGE_HANDLE image) {
 class World {
  public:
   explicit World(const Place& place) : place_(place) {
-    for (const uint32_t format : {KORVEL_PIXEL_FORMAT_BayerRG8, KORVEL_PIXEL_FORMAT_RGB8}) {
-      KORVEL_IMAGE_HANDLE image = nullptr;
-      KORVEL_FUZZ_REQUIRE(KORVEL_Image_Construct(format, 18, 16, &image) == KORVEL_RETURN_CODE_Success);
-      Adopt(image);
-    }
+    // The second one can be recorded.
+    AdoptNew<KORVEL_IMAGE_HANDLE>(
+        [](auto* image) { return KORVEL_Image_Construct(KORVEL_PIXEL_FORMAT_BayerRG8, 18, 16, image); });
+    AdoptNew<KORVEL_IMAGE_HANDLE>(
+        [](auto* image) { return KORVEL_Image_Construct(KORVEL_PIXEL_FORMAT_RGB8, 16, 16, image); });
     AdoptNew(KORVEL_ImageConverter_Construct);
     AdoptNew(KORVEL_Gain_Construct);
     AdoptNew(KORVEL_GammaCorrector_Construct);
@@ -222,6 +234,10 @@ class World {
     AdoptNew(KORVEL_Binning_Construct);
     AdoptNew(KORVEL_AdaptiveHotpixelCorrector_Construct);
     AdoptNew(KORVEL_ImageTransformer_Construct);
+    AdoptNew<KORVEL_VIDEO_HANDLE>([&](auto* video) {
+      return KORVEL_VideoWriter_Video_Open(video, place.FirstVideo().c_str(), KORVEL_VIDEO_CONTAINER_AVI,
+                                           KORVEL_VIDEO_ENCODER_MJPEG);
+    });
   }
   World(const World&) = delete;
   World& operator=(const World&) = delete;
@@ -253,6 +269,14 @@ class World {
   uint8_t* Allocate(size_t byteCount) { return memory_.emplace_back(new uint8_t[byteCount]()).get(); }
 
   const Place& Files() const { return place_; }
+
+  // Calls a function that fails without a text.
+  template <class Function>
+  void CallUnrecorded(KORVEL_RETURN_CODE expected, Function&& function) {
+    MarkLastFailure();
+    KORVEL_FUZZ_REQUIRE(function() == expected);
+    KORVEL_FUZZ_REQUIRE(IsLastFailureMarked());
+  }
 
   // Calls a function. The failures of its checks come in the order of handles, pointers, values; a success leaves the
   // last failure alone.
@@ -290,11 +314,16 @@ class World {
   }
 
  private:
-  template <class Handle>
-  void AdoptNew(KORVEL_RETURN_CODE (*construct)(Handle*)) {
+  template <class Handle, class Construct>
+  void AdoptNew(Construct&& construct) {
     Handle handle = nullptr;
     KORVEL_FUZZ_REQUIRE(construct(&handle) == KORVEL_RETURN_CODE_Success);
     Adopt(handle);
+  }
+
+  template <class Handle>
+  void AdoptNew(KORVEL_RETURN_CODE (*construct)(Handle*)) {
+    AdoptNew<Handle>([&](Handle* handle) { return construct(handle); });
   }
 
   // A living handle of another kind.
@@ -329,7 +358,7 @@ class World {
              HandlePool<KORVEL_GAMMA_CORRECTOR_HANDLE>, HandlePool<KORVEL_COLOR_CORRECTOR_HANDLE>,
              HandlePool<KORVEL_BINNING_HANDLE>, HandlePool<KORVEL_ADAPTIVE_HOTPIXEL_CORRECTOR_HANDLE>,
              HandlePool<KORVEL_IMAGE_TRANSFORMER_HANDLE>, HandlePool<KORVEL_HISTOGRAM_HANDLE>,
-             HandlePool<KORVEL_PIXEL_LINE_HANDLE>>
+             HandlePool<KORVEL_PIXEL_LINE_HANDLE>, HandlePool<KORVEL_VIDEO_HANDLE>>
       pools_{
           KORVEL_Image_Destruct,
           KORVEL_ImageConverter_Destruct,
@@ -341,6 +370,7 @@ class World {
           KORVEL_ImageTransformer_Destruct,
           KORVEL_Histogram_Destruct,
           KORVEL_PixelLine_Destruct,
+          KORVEL_VideoWriter_Video_Close,
       };
 };
 
@@ -575,6 +605,216 @@ void Run(World& world, FuzzInput& input,
   const uint32_t quality = input.TakeByte() % 8 == 0 ? input.Take<uint32_t>() : input.TakeByte() % 128;
   Write(world, input,
         [&](KORVEL_IMAGE_HANDLE image, const char* path, size_t size) { return function(image, quality, path, size); });
+}
+
+// Numbers of containers and encoders.
+uint16_t TakeKind(FuzzInput& input) {
+  return input.TakeByte() % 4 == 0 ? input.Take<uint16_t>() : static_cast<uint16_t>(input.TakeByte() % 3);
+}
+
+void OpenVideo(World& world, FuzzInput& input) {
+  // Most callers give a handle that they have set to null.
+  const KORVEL_VIDEO_HANDLE before = input.TakeByte() % 4 == 0 ? world.Take<KORVEL_VIDEO_HANDLE>(input) : nullptr;
+  Result result(input, before);
+  const std::string path = world.Files().TakePathToRecord(input);
+  const char* const fileName = input.TakeByte() % 32 == 0 ? nullptr : path.c_str();
+  const bool isUsual = input.TakeByte() % 8 != 0;
+  const uint16_t container = isUsual ? uint16_t{KORVEL_VIDEO_CONTAINER_AVI} : TakeKind(input);
+  const uint16_t encoder = isUsual ? uint16_t{KORVEL_VIDEO_ENCODER_MJPEG} : TakeKind(input);
+  const bool succeeded = world.CallFor(result, true, !world.IsAlive(before), [&](KORVEL_VIDEO_HANDLE* handle) {
+    return KORVEL_VideoWriter_Video_Open(handle, fileName, container, encoder);
+  });
+  if (!succeeded) return;
+  KORVEL_FUZZ_REQUIRE(fileName != nullptr && std::filesystem::exists(fileName));
+  KORVEL_FUZZ_REQUIRE(container == KORVEL_VIDEO_CONTAINER_AVI && encoder == KORVEL_VIDEO_ENCODER_MJPEG);
+  world.Adopt(result.Get());
+}
+
+void IsVideoOpen(World& world, FuzzInput& input) {
+  const KORVEL_VIDEO_HANDLE video = world.Take<KORVEL_VIDEO_HANDLE>(input);
+  Result isOpen(input, Unwritten<uint8_t>());
+  const bool succeeded =
+      world.CallFor(isOpen, true, true, [&](uint8_t* value) { return KORVEL_VideoWriter_Video_IsOpen(video, value); });
+  KORVEL_FUZZ_REQUIRE(succeeded == isOpen.IsGiven());
+  if (succeeded) KORVEL_FUZZ_REQUIRE(isOpen.Get() == (world.IsAlive(video) ? 1 : 0));
+}
+
+bool CanBeRecorded(KORVEL_IMAGE_HANDLE image) {
+  static constexpr uint32_t kFormats[] = {KORVEL_PIXEL_FORMAT_Mono8, KORVEL_PIXEL_FORMAT_RGB8, KORVEL_PIXEL_FORMAT_BGR8,
+                                          KORVEL_PIXEL_FORMAT_RGBa8, KORVEL_PIXEL_FORMAT_BGRa8};
+  uint32_t format = 0;
+  KORVEL_FUZZ_REQUIRE(KORVEL_Image_GetPixelFormat(image, &format) == KORVEL_RETURN_CODE_Success);
+  const size_t width = PropertyOf(KORVEL_Image_GetWidth, image);
+  return std::ranges::find(kFormats, format) != std::end(kFormats) && width >= 16 && width % 8 == 0 &&
+         PropertyOf(KORVEL_Image_GetHeight, image) >= 16;
+}
+
+void AppendToVideo(World& world, FuzzInput& input) {
+  const KORVEL_VIDEO_HANDLE video = world.Take<KORVEL_VIDEO_HANDLE>(input);
+  const KORVEL_IMAGE_HANDLE image = world.Take<KORVEL_IMAGE_HANDLE>(input);
+  const bool succeeded = world.Call(world.IsAlive(video) && world.IsAlive(image), true,
+                                    [&] { return KORVEL_VideoWriter_Video_Append(video, image); });
+  if (succeeded) KORVEL_FUZZ_REQUIRE(CanBeRecorded(image));
+}
+
+// While another thread appends and waits.
+void CloseVideoInUse(World& world, FuzzInput& input) {
+  const KORVEL_VIDEO_HANDLE video = world.Take<KORVEL_VIDEO_HANDLE>(input);
+  const KORVEL_IMAGE_HANDLE image = world.Take<KORVEL_IMAGE_HANDLE>(input);
+  const bool isAlive = world.IsAlive(video);
+  std::thread user([&] {
+    constexpr int kRounds = 3;
+    for (int i = 0; i < kRounds; ++i) {
+      for (const KORVEL_RETURN_CODE code :
+           {KORVEL_VideoWriter_Video_Append(video, image), KORVEL_VideoWriter_Video_WaitUntilQueueEmpty(video, 1)}) {
+        KORVEL_FUZZ_REQUIRE(code <= KORVEL_RETURN_CODE_Timeout);
+      }
+    }
+  });
+  const bool succeeded = world.Call(isAlive, true, [&] { return KORVEL_VideoWriter_Video_Close(video); });
+  user.join();
+  KORVEL_FUZZ_REQUIRE(succeeded == isAlive);
+  if (succeeded) world.Bury(video);
+}
+
+// An option's number, mostly one that there is.
+uint32_t TakeOption(FuzzInput& input) { return input.TakeByte() % 8 == 0 ? input.Take<uint32_t>() : 0; }
+
+// Memory for an option's value of exactly the size that is told, as far as any option goes.
+struct OptionValue {
+  explicit OptionValue(FuzzInput& input) {
+    const uint8_t kind = input.TakeByte() % 8;
+    size = kind == 0 ? TakeSize(input) : kind % 2 == 0 ? sizeof(double) : sizeof(int32_t);
+    constexpr size_t kMostBytes = 16;
+    room = std::min(size, kMostBytes);
+    bytes.reset(new uint8_t[room]);
+    std::memset(bytes.get(), kUnwrittenByte, room);
+    pointer = input.TakeByte() % 16 == 0 ? nullptr : bytes.get();
+  }
+
+  bool IsUntouched() const {
+    return std::all_of(bytes.get(), bytes.get() + room, [](uint8_t byte) { return byte == kUnwrittenByte; });
+  }
+
+  size_t size;
+  size_t room;
+  std::unique_ptr<uint8_t[]> bytes;
+  uint8_t* pointer;
+};
+
+// Small numbers of either type, or any bits.
+void TakeValue(FuzzInput& input, OptionValue& value) {
+  const uint8_t kind = input.TakeByte() % 4;
+  const int32_t whole = input.TakeByte();
+  const double real = whole;
+  if (kind == 0) {
+    std::generate_n(value.bytes.get(), value.room, [&] { return input.TakeByte(); });
+  } else if (value.room == sizeof whole) {
+    std::memcpy(value.bytes.get(), &whole, sizeof whole);
+  } else if (value.room == sizeof real) {
+    std::memcpy(value.bytes.get(), &real, sizeof real);
+  }
+}
+
+void Run(World& world, FuzzInput& input,
+         KORVEL_RETURN_CODE (*function)(KORVEL_VIDEO_HANDLE, uint32_t, const void*, size_t)) {
+  const KORVEL_VIDEO_HANDLE video = world.Take<KORVEL_VIDEO_HANDLE>(input);
+  const uint32_t option = TakeOption(input);
+  OptionValue value(input);
+  TakeValue(input, value);
+  world.Call(world.IsAlive(video), value.pointer != nullptr,
+             [&] { return function(video, option, value.pointer, value.size); });
+}
+
+void Run(World& world, FuzzInput& input,
+         KORVEL_RETURN_CODE (*function)(KORVEL_VIDEO_HANDLE, uint32_t, void*, size_t, size_t*)) {
+  const KORVEL_VIDEO_HANDLE video = world.Take<KORVEL_VIDEO_HANDLE>(input);
+  const uint32_t option = TakeOption(input);
+  const OptionValue value(input);
+  Result sizeWritten(input, Unwritten<size_t>());
+  const bool succeeded = world.Call(world.IsAlive(video), value.pointer != nullptr, [&] {
+    return function(video, option, value.pointer, value.size, sizeWritten.Pointer());
+  });
+  if (succeeded) {
+    KORVEL_FUZZ_REQUIRE(!sizeWritten.IsGiven() || sizeWritten.Get() == value.size);
+  } else {
+    KORVEL_FUZZ_REQUIRE(value.IsUntouched() && sizeWritten.IsUntouched());
+  }
+}
+
+void GetEncoderOptionRange(World& world, FuzzInput& input) {
+  const KORVEL_VIDEO_HANDLE video = world.Take<KORVEL_VIDEO_HANDLE>(input);
+  const uint32_t option = TakeOption(input);
+  Result minimum(input, Unwritten<int32_t>());
+  Result maximum(input, Unwritten<int32_t>());
+  Result increment(input, Unwritten<int32_t>());
+  const bool areGiven = minimum.IsGiven() && maximum.IsGiven() && increment.IsGiven();
+  const bool succeeded = world.Call(world.IsAlive(video), areGiven, [&] {
+    return KORVEL_VideoWriter_Encoder_OptionRange(video, option, minimum.Pointer(), maximum.Pointer(),
+                                                  increment.Pointer());
+  });
+  if (succeeded) {
+    KORVEL_FUZZ_REQUIRE(minimum.Get() <= maximum.Get() && increment.Get() > 0);
+  } else {
+    KORVEL_FUZZ_REQUIRE(minimum.IsUntouched() && maximum.IsUntouched() && increment.IsUntouched());
+  }
+}
+
+void GetContainerOptionRange(World& world, FuzzInput& input) {
+  const KORVEL_VIDEO_HANDLE video = world.Take<KORVEL_VIDEO_HANDLE>(input);
+  const uint32_t option = TakeOption(input);
+  world.CallUnrecorded(KORVEL_RETURN_CODE_NotSupported, [&] {
+    return KORVEL_VideoWriter_Container_OptionRange(video, option, nullptr, nullptr, nullptr);
+  });
+}
+
+// Lists, whose length has to be asked for, since the room that an array has isn't told.
+template <class Element>
+void Run(World& world, FuzzInput& input, KORVEL_RETURN_CODE (*function)(uint16_t, Element*, size_t*)) {
+  const uint16_t kind = TakeKind(input);
+  Result size(input, Unwritten<size_t>());
+  // A number that there isn't may be told before a missing pointer.
+  const bool isKnown = kind <= KORVEL_VIDEO_ENCODER_MJPEG;
+  const bool succeeded =
+      world.Call(true, size.IsGiven() || !isKnown, [&] { return function(kind, nullptr, size.Pointer()); });
+  KORVEL_FUZZ_REQUIRE(succeeded || size.IsUntouched());
+  if (!succeeded) return;
+  const std::unique_ptr<Element[]> elements(new Element[size.Get()]);
+  size_t again = input.TakeByte();
+  KORVEL_FUZZ_REQUIRE(function(kind, elements.get(), &again) == KORVEL_RETURN_CODE_Success && again == size.Get());
+}
+
+void ResetFrameCounters(World& world, FuzzInput& input) {
+  const KORVEL_VIDEO_HANDLE video = world.Take<KORVEL_VIDEO_HANDLE>(input);
+  const bool isAlive = world.IsAlive(video);
+  const bool succeeded = world.Call(isAlive, true, [&] { return KORVEL_VideoWriter_Video_ResetFrameCounters(video); });
+  KORVEL_FUZZ_REQUIRE(succeeded == isAlive);
+}
+
+void GetQueueRange(World& world, FuzzInput& input) {
+  const KORVEL_VIDEO_HANDLE video = world.Take<KORVEL_VIDEO_HANDLE>(input);
+  Result smallest(input, Unwritten<uint32_t>());
+  Result largest(input, Unwritten<uint32_t>());
+  const bool succeeded = world.Call(world.IsAlive(video), smallest.IsGiven() && largest.IsGiven(), [&] {
+    return KORVEL_VideoWriter_Queue_GetRange(video, smallest.Pointer(), largest.Pointer());
+  });
+  if (succeeded) {
+    KORVEL_FUZZ_REQUIRE(smallest.Get() <= largest.Get());
+  } else {
+    KORVEL_FUZZ_REQUIRE(smallest.IsUntouched() && largest.IsUntouched());
+  }
+}
+
+// Short waits, or any for a queue that is empty, since nobody fills it meanwhile.
+template <KORVEL_RETURN_CODE (*function)(KORVEL_VIDEO_HANDLE, uint32_t)>
+void Wait(World& world, FuzzInput& input) {
+  const KORVEL_VIDEO_HANDLE video = world.Take<KORVEL_VIDEO_HANDLE>(input);
+  const bool isAlive = world.IsAlive(video);
+  uint32_t queued = 0;
+  if (isAlive) KORVEL_FUZZ_REQUIRE(KORVEL_VideoWriter_Queue_GetQueued(video, &queued) == KORVEL_RETURN_CODE_Success);
+  const uint32_t timeoutMs = queued == 0 ? input.Take<uint32_t>() : input.TakeByte() % 3u;
+  const bool succeeded = world.Call(isAlive, true, [&] { return function(video, timeoutMs); });
+  KORVEL_FUZZ_REQUIRE(queued != 0 || succeeded == isAlive);
 }
 
 template <auto function>
@@ -942,6 +1182,31 @@ constexpr void (*kOperations[])(World&, FuzzInput&) = {
     PutFile,
     ReadFile,
     ReadFileAsPixelFormat,
+
+    OpenVideo,
+    IsVideoOpen,
+    Call<KORVEL_VideoWriter_Video_Close>,
+    CloseVideoInUse,
+    AppendToVideo,
+    Call<KORVEL_VideoWriter_Encoder_SetOption>,
+    Call<KORVEL_VideoWriter_Container_SetOption>,
+    Call<KORVEL_VideoWriter_Encoder_GetOption>,
+    Call<KORVEL_VideoWriter_Container_GetOption>,
+    GetEncoderOptionRange,
+    GetContainerOptionRange,
+    Call<KORVEL_VideoWriter_GetSupportedEncodersForAContainer>,
+    Call<KORVEL_VideoWriter_GetSupportedContainersForAnEncoder>,
+    Call<KORVEL_VideoWriter_Encoder_GetSupportedPixelFormats>,
+    Call<KORVEL_VideoWriter_Video_GetEncodedFrames>,
+    Call<KORVEL_VideoWriter_Video_GetDroppedFrames>,
+    Call<KORVEL_VideoWriter_Video_GetFileSize>,
+    ResetFrameCounters,
+    Call<KORVEL_VideoWriter_Queue_SetSize>,
+    Call<KORVEL_VideoWriter_Queue_GetSize>,
+    GetQueueRange,
+    Call<KORVEL_VideoWriter_Queue_GetQueued>,
+    Wait<KORVEL_VideoWriter_Video_WaitUntilFrameDone>,
+    Wait<KORVEL_VideoWriter_Video_WaitUntilQueueEmpty>,
 };
 
 }  // namespace

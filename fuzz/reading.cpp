@@ -1,10 +1,9 @@
 #include "fuzz/reading.h"
 
 #include <algorithm>
-#include <cstdlib>
 #include <utility>
 
-#include "tests/support/jpeg_files.h"
+#include "fuzz/seeds.h"
 
 namespace korvel_fuzz {
 namespace {
@@ -15,22 +14,6 @@ using korvel_test::ModelImage;
 // A flat image, which comes back from a JPEG file as it was.
 ModelImage SoundImage() {
   return korvel_test::MakeModelImage(KORVEL_PIXEL_FORMAT_Mono8, 3, 2, std::vector<uint8_t>(6, 0x55));
-}
-
-korvel_test::Bytes FileOf(FileType type, const ModelImage& image) {
-  switch (type) {
-    case FileType::kBmp:
-      return korvel_test::BmpFile(image);
-    case FileType::kPng:
-      return korvel_test::MakePng({.width = static_cast<uint32_t>(image.width),
-                                   .height = static_cast<uint32_t>(image.height),
-                                   .samples = korvel_test::PngSamples(image)});
-    case FileType::kJpeg:
-      return korvel_test::EncodeJpeg(image, 100);
-    case FileType::kRaw:
-      return korvel_test::RawFile(image);
-  }
-  std::abort();
 }
 
 ReadOutcome OutcomeOf(KORVEL_RETURN_CODE code, KORVEL_IMAGE_HANDLE handle) {

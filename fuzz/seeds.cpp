@@ -3,11 +3,12 @@
 #include <algorithm>
 #include <initializer_list>
 #include <iterator>
-#include <limits>
 #include <stdexcept>
 #include <utility>
 
+#include "fuzz/avi_seeds.h"
 #include "fuzz/input_layouts.h"
+#include "fuzz/seed_edits.h"
 #include "tests/model/file_model.h"
 #include "tests/support/jpeg_files.h"
 
@@ -19,19 +20,6 @@ using korvel_test::IdOf;
 using korvel_test::kFileTypes;
 using korvel_test::kFormatTable;
 using korvel_test::ModelImage;
-
-using Seeds = std::vector<Seed>;
-
-std::string Text(uint64_t number) { return std::to_string(number); }
-
-// The file itself, and its first bytes for every number of them.
-void AppendWithCuts(Seeds& seeds, const std::string& name, const SeedBytes& file) {
-  for (size_t size = 0; size < file.size(); ++size) {
-    seeds.push_back(
-        {name + "_cut_at_" + Text(size), {file.begin(), file.begin() + static_cast<ptrdiff_t>(size)}, true});
-  }
-  seeds.push_back({name, file});
-}
 
 ModelImage SmallImage(uint32_t format, size_t width = 5, size_t height = 3) {
   return korvel_test::MakeFilledImage(format, width, height, korvel_test::Fill::kRandom, format);
@@ -49,12 +37,6 @@ std::string NameOf(uint32_t format) { return std::string(korvel_test::FormatOf(f
 
 // ------------------------------------------------------------------------------------------------------------- BMP --
 
-struct HeaderField {
-  const char* name;
-  size_t offset;
-  size_t size;
-};
-
 constexpr HeaderField kBmpFields[] = {
     {"magic", 0, 2},         {"file_size", 2, 4},     {"reserved1", 6, 2},     {"reserved2", 8, 2},
     {"pixel_offset", 10, 4}, {"info_size", 14, 4},    {"width", 18, 4},        {"height", 22, 4},
@@ -64,33 +46,6 @@ constexpr HeaderField kBmpFields[] = {
 };
 
 constexpr HeaderField kRawFields[] = {{"format", 0, 4}, {"byte_count", 4, 8}, {"width", 12, 8}, {"height", 20, 8}};
-
-uint64_t NumberAt(const SeedBytes& file, const HeaderField& field) {
-  uint64_t number = 0;
-  for (size_t i = 0; i < field.size; ++i) number |= uint64_t{file.at(field.offset + i)} << (8 * i);
-  return number;
-}
-
-void SetNumber(SeedBytes& file, const HeaderField& field, uint64_t number) {
-  for (size_t i = 0; i < field.size; ++i) file.at(field.offset + i) = static_cast<uint8_t>(number >> (8 * i));
-}
-
-// Each field of a header at its edges, and beside the value that it had.
-template <size_t count>
-void AppendFieldEdges(Seeds& seeds, const std::string& name, const SeedBytes& file,
-                      const HeaderField (&fields)[count]) {
-  for (const HeaderField& field : fields) {
-    if (field.offset + field.size > file.size()) continue;
-    const uint64_t largest = std::numeric_limits<uint64_t>::max() >> (64 - 8 * field.size);
-    const uint64_t now = NumberAt(file, field);
-    for (const uint64_t number :
-         {uint64_t{0}, uint64_t{1}, largest, largest / 2, largest / 2 + 1, now - 1, now + 1, largest - now + 1}) {
-      SeedBytes changed = file;
-      SetNumber(changed, field, number);
-      seeds.push_back({name + "_" + field.name + "_" + Text(number & largest), std::move(changed)});
-    }
-  }
-}
 
 Seeds BmpSeeds() {
   Seeds seeds;
@@ -292,32 +247,6 @@ Seeds JpegSeeds() {
 
 // ----------------------------------------------------------------------------------------------------- other inputs --
 
-SeedBytes FileOf(FileType type, const ModelImage& image) {
-  switch (type) {
-    case FileType::kBmp:
-      return korvel_test::BmpFile(image);
-    case FileType::kPng: {
-      const korvel_test::FormatInPng& place = korvel_test::PlaceInFiles(image.format).png;
-      korvel_test::PngRecipe recipe{.width = static_cast<uint32_t>(image.width),
-                                    .height = static_cast<uint32_t>(image.height),
-                                    .depth = place.depth,
-                                    .colourType = place.colourType,
-                                    .samples = korvel_test::PngSamples(image)};
-      if (place.significantBits != 0) {
-        const uint32_t channels = korvel_test::FormatOf(image.format).channels;
-        recipe.significantBits.assign(channels, place.significantBits);
-        for (uint16_t& sample : recipe.samples) sample = static_cast<uint16_t>(sample << (16 - place.significantBits));
-      }
-      return korvel_test::MakePng(recipe);
-    }
-    case FileType::kJpeg:
-      return korvel_test::EncodeJpeg(image, 75);
-    case FileType::kRaw:
-      return korvel_test::RawFile(image);
-  }
-  throw std::logic_error("no such file type");
-}
-
 template <class Layout, class Head>
 SeedBytes WithHead(const Layout& layout, const Head& head, const SeedBytes& rest) {
   const auto bytes = layout.Encode(head);
@@ -384,7 +313,7 @@ Seeds ExportedFunctionsSeeds() {
     for (uint8_t& byte : bytes) byte = static_cast<uint8_t>(random.Next());
     return bytes;
   };
-  constexpr uint8_t kMoreThanFunctions = 64;
+  constexpr uint8_t kMoreThanFunctions = 160;
   for (uint8_t function = 0; function < kMoreThanFunctions; ++function) {
     for (uint8_t argument = 0; argument < 16; ++argument) {
       seeds.push_back({"function_" + Text(function) + "_argument_" + Text(argument),
@@ -450,13 +379,10 @@ struct Target {
 };
 
 constexpr Target kTargets[] = {
-    {"read_bmp", BmpSeeds, BmpWords},
-    {"read_png", PngSeeds, PngWords},
-    {"read_jpeg", JpegSeeds, JpegWords},
-    {"read_raw", RawSeeds, IdWords},
-    {"read_as_format", ReadAsFormatSeeds, IdWords},
-    {"round_trip", RoundTripSeeds, NoWords},
-    {"exported_functions", ExportedFunctionsSeeds, NoWords},
+    {"read_bmp", BmpSeeds, BmpWords},        {"read_png", PngSeeds, PngWords},
+    {"read_jpeg", JpegSeeds, JpegWords},     {"read_raw", RawSeeds, IdWords},
+    {"read_avi", AviSeeds, AviWords},        {"read_as_format", ReadAsFormatSeeds, IdWords},
+    {"round_trip", RoundTripSeeds, NoWords}, {"exported_functions", ExportedFunctionsSeeds, NoWords},
 };
 
 const Target& FindTarget(std::string_view name) {
@@ -467,6 +393,32 @@ const Target& FindTarget(std::string_view name) {
 }
 
 }  // namespace
+
+SeedBytes FileOf(FileType type, const ModelImage& image) {
+  switch (type) {
+    case FileType::kBmp:
+      return korvel_test::BmpFile(image);
+    case FileType::kPng: {
+      const korvel_test::FormatInPng& place = korvel_test::PlaceInFiles(image.format).png;
+      korvel_test::PngRecipe recipe{.width = static_cast<uint32_t>(image.width),
+                                    .height = static_cast<uint32_t>(image.height),
+                                    .depth = place.depth,
+                                    .colourType = place.colourType,
+                                    .samples = korvel_test::PngSamples(image)};
+      if (place.significantBits != 0) {
+        const uint32_t channels = korvel_test::FormatOf(image.format).channels;
+        recipe.significantBits.assign(channels, place.significantBits);
+        for (uint16_t& sample : recipe.samples) sample = static_cast<uint16_t>(sample << (16 - place.significantBits));
+      }
+      return korvel_test::MakePng(recipe);
+    }
+    case FileType::kJpeg:
+      return korvel_test::EncodeJpeg(image, 75);
+    case FileType::kRaw:
+      return korvel_test::RawFile(image);
+  }
+  throw std::logic_error("no such file type");
+}
 
 std::vector<Seed> SeedsOf(std::string_view target) { return FindTarget(target).seeds(); }
 

@@ -10,6 +10,8 @@
 #include <cstdint>
 #include <vector>
 
+#include "tests/support/temporary_directory.h"
+
 extern "C" {
 void* __libc_malloc(size_t size);
 void* __libc_calloc(size_t count, size_t size);
@@ -253,6 +255,27 @@ TEST(SteadyLoopOfCorrections, TakesNoMemoryForTheListOfHotPixels) {
     ASSERT_EQ(blocks, frees);
   });
   EXPECT_EQ(KORVEL_AdaptiveHotpixelCorrector_Destruct(corrector), 0u);
+}
+
+// The worker gives the memory of frames back to the queue.
+TEST(SteadyLoopOfRecording, TakesNoMemoryForFrames) {
+  const korvel_test::TemporaryDirectory directory;
+  KORVEL_VIDEO_HANDLE video = nullptr;
+  ASSERT_EQ(KORVEL_VideoWriter_Video_Open(&video, directory.File("a.avi").c_str(), KORVEL_VIDEO_CONTAINER_AVI,
+                                          KORVEL_VIDEO_ENCODER_MJPEG),
+            0u);
+  const auto append = [&](KORVEL_IMAGE_HANDLE input, KORVEL_IMAGE_HANDLE*) {
+    const KORVEL_RETURN_CODE code = KORVEL_VideoWriter_Video_Append(video, input);
+    // A wait may end early.
+    uint32_t queued = 1;
+    while (queued != 0) {
+      KORVEL_VideoWriter_Video_WaitUntilQueueEmpty(video, 1000);
+      KORVEL_VideoWriter_Queue_GetQueued(video, &queued);
+    }
+    return code;
+  };
+  RunSteadyLoop(KORVEL_PIXEL_FORMAT_RGB8, append, [] { ASSERT_LT(largest, kWidth * kHeight); });
+  EXPECT_EQ(KORVEL_VideoWriter_Video_Close(video), 0u);
 }
 
 }  // namespace

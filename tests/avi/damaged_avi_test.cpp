@@ -232,4 +232,53 @@ TEST_F(DamagedAvi, CanBeAppendedToOrIsRefused) {
   }
 }
 
+// Such a list doesn't count its last frame's padding.
+TEST_F(DamagedAvi, HasItsNewFrameWhereTheIndexTellsBehindAListOfOddSize) {
+  AviBytes odd = whole;
+  PutNumber(odd, 236, 4 + 34 - 1);
+  WriteFileBytes(path, odd);
+  {
+    const AviFile file(AviFile::Modify(path));
+    file.Append({{9, 10, 11}});
+  }
+  std::vector<AviBytes> frames = kFrames;
+  frames.push_back({9, 10, 11});
+  EXPECT_EQ(korvel_test::ReadFileBytes(path), BuildAviFile(PlainAvi(frames)));
+}
+
+// Frames grow over what stands behind them, and the index over what stands behind it.
+TEST_F(DamagedAvi, IsNotAppendedToUnlessFramesAndIndexComeLast) {
+  const AviBytes junk = {'J', 'U', 'N', 'K', 0, 0, 0, 0};
+  const AviBytes headers(whole.begin() + 12, whole.begin() + 232);
+  const AviBytes frames(whole.begin() + 232, whole.begin() + kIndexOffset);
+  const AviBytes index(whole.begin() + kIndexOffset, whole.end());
+  const auto modifyError = [&](const std::vector<AviBytes>& chunks) {
+    AviBytes file(whole.begin(), whole.begin() + 12);
+    for (const AviBytes& chunk : chunks) file.insert(file.end(), chunk.begin(), chunk.end());
+    PutNumber(file, 4, static_cast<uint32_t>(file.size() - 8));
+    EXPECT_EQ(OpenError(file), QAVIError::Success);
+    QAVIHandle handle = 0;
+    const QAVIError error = avi::QAVIModifyFile(path, &handle);
+    if (error == QAVIError::Success) {
+      EXPECT_EQ(avi::QAVICloseFile(handle), QAVIError::Success);
+    }
+    return error;
+  };
+  EXPECT_EQ(modifyError({headers, junk, frames, index}), QAVIError::Success);
+  EXPECT_EQ(modifyError({headers, frames}), QAVIError::Success);
+  EXPECT_EQ(modifyError({index, headers, frames}), QAVIError::ParsingFailed);
+  EXPECT_EQ(modifyError({headers, frames, junk, index}), QAVIError::ParsingFailed);
+  EXPECT_EQ(modifyError({headers, frames, index, junk}), QAVIError::ParsingFailed);
+}
+
+TEST_F(DamagedAvi, KeepsAFormWithinTheForm) {
+  const AviBytes form = {'R', 'I', 'F', 'F', 4, 0, 0, 0, 'A', 'V', 'I', ' '};
+  AviBytes file = whole;
+  file.insert(file.begin() + 12, form.begin(), form.end());
+  PutNumber(file, 4, static_cast<uint32_t>(file.size() - 8));
+  WriteFileBytes(path, file);
+  { const AviFile modified(AviFile::Modify(path)); }
+  EXPECT_EQ(korvel_test::ReadFileBytes(path), file);
+}
+
 }  // namespace

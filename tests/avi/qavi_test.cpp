@@ -270,13 +270,14 @@ TEST_F(QAVI, NamesAStreamBeforeItsFirstFrameOnly) {
   EXPECT_EQ(name, std::string(1000, 'x'));
 }
 
-TEST_F(QAVI, NamesNoStreamOnceAnotherHasFrames) {
+// A longer name of any stream would move the frames of all.
+TEST_F(QAVI, NamesNoStreamOfAFileWithFrames) {
   {
     const AviFile file(AviFile::Create(path, 2));
-    file.Append({{1}}, 1);
+    file.Append({{1}}, 0);
   }
   const AviFile file(AviFile::Modify(path));
-  EXPECT_EQ(avi::QAVISetStreamName(file.Handle(), 0, "a longer name than it had"), QAVIError::PermissionDenied);
+  EXPECT_EQ(avi::QAVISetStreamName(file.Handle(), 1, "another name"), QAVIError::PermissionDenied);
 }
 
 TEST_F(QAVI, TurnsAnExceptionIntoAnError) {

@@ -1,0 +1,13 @@
+// What the target of AVI files begins with.
+#pragma once
+
+#include <vector>
+
+#include "fuzz/seeds.h"
+
+namespace korvel_fuzz {
+
+std::vector<Seed> AviSeeds();
+std::vector<SeedBytes> AviWords();
+
+}  // namespace korvel_fuzz
