@@ -37,7 +37,7 @@ void Bin(const BinArguments& arguments) {
   Transform(arguments.files, [&](const Image& image, const PictureWriter&) {
     Binning binning;
     Image binned;
-    Require(KORVEL_Binning_Construct(binning.Out()), "make a binning object", "Close other programs and try again.");
+    Require(KORVEL_Binning_Construct(binning.Out()), "make a binning object", kMemoryAdvice);
     Require(KORVEL_Binning_SetBinningX(binning.Get(), &width), "set the width of blocks", "Check --block.");
     Require(KORVEL_Binning_SetBinningY(binning.Get(), &height), "set the height of blocks", "Check --block.");
     Require(KORVEL_Binning_SetBinningMode(binning.Get(), &mode), "set the mode", "Check --sum.");

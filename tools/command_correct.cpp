@@ -22,7 +22,6 @@
 namespace korvel::tools {
 namespace {
 
-constexpr const char* kMemoryAdvice = "Close other programs and try again.";
 using Matrix = std::array<float, 9>;
 
 struct CorrectArguments {

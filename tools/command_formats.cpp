@@ -12,6 +12,7 @@
 #include "format_names.h"
 #include "korvel/korvel.h"
 #include "library_error.h"
+#include "tool_error.h"
 
 namespace korvel::tools {
 namespace {
@@ -29,8 +30,7 @@ struct FormatProperties {
 template <class Value>
 Value Ask(KORVEL_RETURN_CODE (*query)(uint32_t, Value*), const NamedFormat& format) {
   Value value{};
-  Require(query(format.id, &value), "look up the properties of " + std::string(format.name),
-          "The korvel command and the library are of different versions; install both anew.");
+  Require(query(format.id, &value), "look up the properties of " + std::string(format.name), kVersionAdvice);
   return value;
 }
 

@@ -19,12 +19,12 @@
 #include "plot.h"
 #include "plot_output.h"
 #include "samples.h"
+#include "tool_error.h"
 
 namespace korvel::tools {
 namespace {
 
 constexpr const char* kDoing = "read the histogram";
-constexpr const char* kAdvice = "The korvel command and the library are of different versions; install both anew.";
 
 struct HistogramArguments {
   std::string input;
@@ -36,8 +36,8 @@ struct HistogramArguments {
 std::string Mean(const Histogram& histogram, size_t channel) {
   uint64_t sum = 0;
   uint64_t count = 0;
-  Require(KORVEL_Histogram_GetPixelSumForChannel(histogram.Get(), channel, &sum), kDoing, kAdvice);
-  Require(KORVEL_Histogram_GetPixelCountForChannel(histogram.Get(), channel, &count), kDoing, kAdvice);
+  Require(KORVEL_Histogram_GetPixelSumForChannel(histogram.Get(), channel, &sum), kDoing, kVersionAdvice);
+  Require(KORVEL_Histogram_GetPixelCountForChannel(histogram.Get(), channel, &count), kDoing, kVersionAdvice);
   std::ostringstream text;
   text << "mean " << std::fixed << std::setprecision(1) << static_cast<double>(sum) / static_cast<double>(count);
   return text.str();
@@ -45,9 +45,9 @@ std::string Mean(const Histogram& histogram, size_t channel) {
 
 Series ReadChannel(const Histogram& histogram, const NamedFormat& format, size_t channel) {
   size_t size = 0;
-  Require(KORVEL_Histogram_GetBinsForChannel(histogram.Get(), channel, nullptr, &size), kDoing, kAdvice);
+  Require(KORVEL_Histogram_GetBinsForChannel(histogram.Get(), channel, nullptr, &size), kDoing, kVersionAdvice);
   std::vector<uint64_t> bins(size);
-  Require(KORVEL_Histogram_GetBinsForChannel(histogram.Get(), channel, bins.data(), &size), kDoing, kAdvice);
+  Require(KORVEL_Histogram_GetBinsForChannel(histogram.Get(), channel, bins.data(), &size), kDoing, kVersionAdvice);
 
   Series series;
   series.colour = ColourOfChannel(format, channel);
@@ -89,7 +89,7 @@ void DrawHistogram(const HistogramArguments& arguments) {
   Require(KORVEL_Histogram_Construct(loaded.image.Get(), histogram.Out()), "make a histogram",
           "Check the input with 'korvel info'.");
   size_t channels = 0;
-  Require(KORVEL_Histogram_GetNumChannels(histogram.Get(), &channels), kDoing, kAdvice);
+  Require(KORVEL_Histogram_GetNumChannels(histogram.Get(), &channels), kDoing, kVersionAdvice);
 
   Plot plot;
   plot.title = NameOfFile(arguments.input) + ", " + Describe(loaded.facts);

@@ -37,7 +37,7 @@ std::vector<KORVEL_POINT_2D> Detect(const Image& image, uint32_t level) {
   constexpr const char* kDoing = "detect hot pixels";
   constexpr const char* kAdvice = "Hot pixels are those of a sensor: of mono and Bayer images.";
   HotpixelCorrector corrector;
-  Require(KORVEL_AdaptiveHotpixelCorrector_Construct(corrector.Out()), kDoing, "Close other programs and try again.");
+  Require(KORVEL_AdaptiveHotpixelCorrector_Construct(corrector.Out()), kDoing, kMemoryAdvice);
   Require(KORVEL_AdaptiveHotpixelCorrector_SetSensitivity(corrector.Get(), level), kDoing, "Check --level.");
   Require(KORVEL_AdaptiveHotpixelCorrector_Detect(corrector.Get(), image.Get()), kDoing, kAdvice);
   size_t count = 0;

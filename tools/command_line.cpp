@@ -24,8 +24,6 @@
 namespace korvel::tools {
 namespace {
 
-constexpr const char* kAdvice = "The korvel command and the library are of different versions; install both anew.";
-
 struct LineArguments {
   std::string input;
   std::string output;
@@ -49,16 +47,17 @@ LinePlace ParsePlace(const LineArguments& arguments, const ImageFacts& facts) {
 
 std::vector<uint32_t> ReadValues(const PixelLine& line, size_t channel) {
   size_t size = 0;
-  Require(KORVEL_PixelLine_GetValuesForChannel(line.Get(), channel, nullptr, &size), "read the line", kAdvice);
+  Require(KORVEL_PixelLine_GetValuesForChannel(line.Get(), channel, nullptr, &size), "read the line", kVersionAdvice);
   std::vector<uint32_t> values(size);
-  Require(KORVEL_PixelLine_GetValuesForChannel(line.Get(), channel, values.data(), &size), "read the line", kAdvice);
+  Require(KORVEL_PixelLine_GetValuesForChannel(line.Get(), channel, values.data(), &size), "read the line",
+          kVersionAdvice);
   return values;
 }
 
 // One series for each colour; along a line of a mosaic two colours take turns, which would otherwise be one zigzag.
 std::vector<Series> ReadLine(const PixelLine& line, const NamedFormat& format, const LinePlace& place) {
   size_t channels = 0;
-  Require(KORVEL_PixelLine_GetNumChannels(line.Get(), &channels), "read the line", kAdvice);
+  Require(KORVEL_PixelLine_GetNumChannels(line.Get(), &channels), "read the line", kVersionAdvice);
   std::array<Series, kColourCount> by_colour;
   for (size_t channel = 0; channel < channels; ++channel) {
     const std::vector<uint32_t> values = ReadValues(line, channel);

@@ -5,6 +5,7 @@
 
 #include "korvel/korvel.h"
 #include "library_error.h"
+#include "tool_error.h"
 #include "transform.h"
 
 namespace korvel::tools {
@@ -21,8 +22,7 @@ void Mirror(const MirrorArguments& arguments) {
   Transform(arguments.files, [&arguments](const Image& image, const PictureWriter&) {
     ImageTransformer transformer;
     Image mirrored;
-    Require(KORVEL_ImageTransformer_Construct(transformer.Out()), "make a transformer",
-            "Close other programs and try again.");
+    Require(KORVEL_ImageTransformer_Construct(transformer.Out()), "make a transformer", kMemoryAdvice);
     const auto mirror = arguments.left_right && arguments.up_down ? KORVEL_ImageTransformer_MirrorUpDownLeftRight
                         : arguments.left_right                    ? KORVEL_ImageTransformer_MirrorLeftRight
                                                                   : KORVEL_ImageTransformer_MirrorUpDown;

@@ -28,8 +28,7 @@ void Rotate(const RotateArguments& arguments) {
   Transform(arguments.files, [angle](const Image& image, const PictureWriter&) {
     ImageTransformer transformer;
     Image rotated;
-    Require(KORVEL_ImageTransformer_Construct(transformer.Out()), "make a transformer",
-            "Close other programs and try again.");
+    Require(KORVEL_ImageTransformer_Construct(transformer.Out()), "make a transformer", kMemoryAdvice);
     Require(KORVEL_ImageTransformer_Rotate(transformer.Get(), image.Get(), rotated.Out(), angle), "rotate the image",
             "Check the input with 'korvel info'.");
     return rotated;

@@ -16,10 +16,8 @@
 #include "korvel/korvel.h"
 #include "library_error.h"
 #include "options.h"
-#include "packing.h"
 #include "progress_bar.h"
-#include "scene.h"
-#include "sensor.h"
+#include "simulated_camera.h"
 #include "tool_error.h"
 
 namespace korvel::tools {
@@ -34,69 +32,6 @@ struct SimulateArguments {
   std::string hot_pixels = "0";
   std::string seed = "1";
 };
-
-size_t SamplesPerPixel(const NamedFormat& format) {
-  return format.family == PixelFamily::kMono || IsBayer(format) ? 1 : 3;
-}
-
-std::vector<float> LightFor(const NamedFormat& format, const Scene& scene) {
-  switch (format.family) {
-    case PixelFamily::kMono:
-      return GreyLight(scene);
-    case PixelFamily::kBayerGR:
-      return MosaicLight(scene, MosaicPhase::kGR);
-    case PixelFamily::kBayerRG:
-      return MosaicLight(scene, MosaicPhase::kRG);
-    case PixelFamily::kBayerGB:
-      return MosaicLight(scene, MosaicPhase::kGB);
-    case PixelFamily::kBayerBG:
-      return MosaicLight(scene, MosaicPhase::kBG);
-    default:
-      return ColourLight(scene);
-  }
-}
-
-// Red, green and blue of each pixel in the order of the format, with an opaque alpha where it has one.
-std::vector<uint16_t> InChannelOrder(std::vector<uint16_t> samples, const NamedFormat& format) {
-  if (SamplesPerPixel(format) == 1) return samples;
-  const bool blue_first = format.family == PixelFamily::kBGR || format.family == PixelFamily::kBGRa;
-  const bool has_alpha = format.family == PixelFamily::kRGBa || format.family == PixelFamily::kBGRa;
-  if (!blue_first && !has_alpha) return samples;
-  const auto opaque = static_cast<uint16_t>((1U << format.bits) - 1);
-  std::vector<uint16_t> ordered;
-  ordered.reserve(samples.size() / 3 * (has_alpha ? 4 : 3));
-  for (size_t first = 0; first < samples.size(); first += 3) {
-    ordered.push_back(samples[first + (blue_first ? 2 : 0)]);
-    ordered.push_back(samples[first + 1]);
-    ordered.push_back(samples[first + (blue_first ? 0 : 2)]);
-    if (has_alpha) ordered.push_back(opaque);
-  }
-  return ordered;
-}
-
-std::vector<uint8_t> Pack(const std::vector<uint16_t>& samples, const NamedFormat& format) {
-  switch (format.layout) {
-    case PixelLayout::kNoAlignment:
-      return PackBitStream(samples, format.bits);
-    case PixelLayout::kMipi:
-      return PackMipi(samples, format.bits);
-    case PixelLayout::kWord32:
-      return PackThreePerWord(samples);
-    case PixelLayout::kUnpacked:
-      break;
-  }
-  return format.bits == 8 ? PackBytes(samples) : PackWords(samples);
-}
-
-PictureSize ParseSensorSize(const std::string& text) {
-  constexpr size_t kMostPixels = size_t{1} << 28;  // some bytes of working memory for each, and beyond any sensor
-  const PictureSize size = ParseSize(text);
-  if (size.width * size.height > kMostPixels) {
-    throw ToolError("--size: " + text + " has more pixels than a simulated sensor",
-                    "Choose a size of up to " + std::to_string(kMostPixels) + " pixels.");
-  }
-  return size;
-}
 
 // The output itself for a single frame; for more, with the frame's number from 1 on.
 std::string FramePath(const std::string& output, uint64_t frame, uint64_t frames) {
@@ -116,14 +51,17 @@ void Simulate(const SimulateArguments& arguments) {
   const uint64_t hot_pixels = ParseWhole("--hot-pixels", arguments.hot_pixels, 0, size.width * size.height);
   const uint64_t seed = ParseWhole("--seed", arguments.seed, 0, kAny);
 
-  std::vector<float> light = LightFor(format, Scene(size.width, size.height));
-  AddHotPixels(light, SamplesPerPixel(format), hot_pixels, seed);
+  if (TypeOfFile(arguments.output) == FileType::kUnknown) {
+    throw ToolError("'" + arguments.output + "' has an ending that no file type has",
+                    std::string("The output must end in ") + kOutputEndings + ".");
+  }
 
+  const SimulatedCamera camera(
+      {.format = format, .size = size, .noise = noise, .hot_pixels = hot_pixels, .seed = seed});
   const ProgressBar bar("simulating", frames);
   for (uint64_t frame = 0; frame < frames; ++frame) {
     bar.Show(frame);
-    const Sensor sensor{.bits = format.bits, .noise = noise, .seed = seed + frame};
-    std::vector<uint8_t> bytes = Pack(InChannelOrder(Expose(light, sensor), format), format);
+    std::vector<uint8_t> bytes = camera.Pack(camera.Expose(frame));
     Image image;
     Require(
         KORVEL_Image_ConstructFromBuffer(format.id, bytes.data(), bytes.size(), size.width, size.height, image.Out()),

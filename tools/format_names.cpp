@@ -107,14 +107,17 @@ NamedFormat FormatOfId(uint32_t id) {
   for (const NamedFormat& format : kFormats) {
     if (format.id == id) return format;
   }
-  throw ToolError("there is no pixel format " + HexadecimalId(id),
-                  "The korvel command and the library are of different versions; install both anew.");
+  throw ToolError("there is no pixel format " + HexadecimalId(id), kVersionAdvice);
 }
 
 NamedFormat UnpackedFormat(PixelFamily family, unsigned bits) {
   return *std::find_if(std::begin(kFormats), std::end(kFormats), [&](const NamedFormat& format) {
     return format.family == family && format.layout == PixelLayout::kUnpacked && format.bits == bits;
   });
+}
+
+NamedFormat PictureFormat(const NamedFormat& format) {
+  return UnpackedFormat(IsBayer(format) ? PixelFamily::kBGRa : format.family, 8);
 }
 
 std::string NameOfFormat(uint32_t id) {

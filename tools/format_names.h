@@ -35,6 +35,9 @@ NamedFormat FormatOfId(uint32_t id);
 // The format of this family and depth whose channels each take whole bytes.
 NamedFormat UnpackedFormat(PixelFamily family, unsigned bits);
 
+// What is made of a format where pictures of 8 bits are needed: the like of it, and colour of a mosaic.
+NamedFormat PictureFormat(const NamedFormat& format);
+
 // The name of a format; its number in hexadecimal where the header has no such format.
 std::string NameOfFormat(uint32_t id);
 

@@ -39,6 +39,16 @@ PictureSize ParseSize(std::string_view text) {
   return {*width, *height};
 }
 
+PictureSize ParseSensorSize(std::string_view text) {
+  constexpr size_t kMostPixels = size_t{1} << 28;  // some bytes of working memory for each, and beyond any sensor
+  const PictureSize size = ParseSize(text);
+  if (size.width * size.height > kMostPixels) {
+    throw ToolError("--size: " + std::string(text) + " has more pixels than a simulated sensor",
+                    "Choose a size of up to " + std::to_string(kMostPixels) + " pixels.");
+  }
+  return size;
+}
+
 uint64_t ParseSkip(std::string_view text) {
   const auto skip = ParseNumber<uint64_t>(text);
   if (!skip) {

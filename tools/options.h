@@ -19,6 +19,9 @@ struct PictureSize {
 // "2592x1536". Neither is 0, and the number of pixels fits a size_t. Throws ToolError.
 PictureSize ParseSize(std::string_view text);
 
+// The same for a simulated camera, whose size has a limit. Throws ToolError.
+PictureSize ParseSensorSize(std::string_view text);
+
 // A decimal number of bytes. Throws ToolError.
 uint64_t ParseSkip(std::string_view text);
 

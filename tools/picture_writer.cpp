@@ -31,11 +31,6 @@ std::string OutputFormats(const ImageConverter& converter, const NamedFormat& in
   return names;
 }
 
-// What is written of an image whose own format the file type doesn't take: 8 bits, and colour where it has colour.
-NamedFormat PictureFormat(const NamedFormat& format) {
-  return UnpackedFormat(IsBayer(format) ? PixelFamily::kBGRa : format.family, 8);
-}
-
 }  // namespace
 
 void AddPictureOptions(CLI::App& command, PictureOptions& options) {
@@ -52,7 +47,7 @@ void AddPictureOptions(CLI::App& command, PictureOptions& options) {
 PictureWriter::PictureWriter(const PictureOptions& options) {
   if (!options.to.empty()) to_ = FindFormat(options.to, "--to");
   if (!options.quality.empty()) quality_ = static_cast<uint32_t>(ParseWhole("--quality", options.quality, 0, 100));
-  Require(KORVEL_ImageConverter_Construct(converter_.Out()), "make a converter", "Close other programs and try again.");
+  Require(KORVEL_ImageConverter_Construct(converter_.Out()), "make a converter", kMemoryAdvice);
   Require(KORVEL_ImageConverter_SetConversionMode(converter_.Get(), ParseMode(options.mode)), "set the mode",
           "Check --mode.");
 }

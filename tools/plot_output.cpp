@@ -36,7 +36,7 @@ void WriteSvg(const Plot& plot, const std::string& path) {
 void WritePlotPicture(const Plot& plot, const std::string& path) {
   Image image;
   Require(KORVEL_Image_Construct(KORVEL_PIXEL_FORMAT_BGRa8, kPlotWidth, kPlotHeight, image.Out()), "make a picture",
-          "Close other programs and try again.");
+          kMemoryAdvice);
   const ImageFacts facts = FactsOf(image);
   const CairoSurface surface = SurfaceOver(facts);
   const CairoContext context = ContextOf(surface);

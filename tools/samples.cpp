@@ -8,6 +8,7 @@
 
 #include "korvel/korvel.h"
 #include "library_error.h"
+#include "tool_error.h"
 
 namespace korvel::tools {
 
@@ -25,7 +26,7 @@ Samples ReadSamples(const Image& image) {
   const ImageFacts facts = FactsOf(image);
   Samples samples{.format = facts.format, .width = facts.width, .height = facts.height};
   Require(KORVEL_PixelFormat_GetNumChannels(facts.format.id, &samples.channels), "look up the number of channels",
-          "The korvel command and the library are of different versions; install both anew.");
+          kVersionAdvice);
   samples.values.resize(facts.width * facts.height * samples.channels);
   if (facts.format.bits == 8) {
     std::copy_n(facts.bytes, samples.values.size(), samples.values.begin());

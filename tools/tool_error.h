@@ -18,6 +18,11 @@ class ToolError : public std::runtime_error {
   std::string advice_;
 };
 
+// What to do about failures that could come with any call.
+inline constexpr const char* kVersionAdvice =
+    "The korvel command and the library are of different versions; install both anew.";
+inline constexpr const char* kMemoryAdvice = "Close other programs and try again.";
+
 // On the standard error stream, as all commands do.
 inline void PrintError(const ToolError& error) {
   std::cerr << "korvel: " << error.what() << "\n  " << error.Advice() << "\n";

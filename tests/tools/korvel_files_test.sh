@@ -74,6 +74,8 @@ fails 1 "Give a number from 0 to 1000" simulate x.bin --format Mono8 "${size[@]}
 fails 1 "Give a whole number from 0 to 2867" simulate x.bin --format Mono8 "${size[@]}" --hot-pixels 2868
 fails 1 "Unsupported pixel format" simulate x.png --format Mono12p "${size[@]}"
 fails 1 ".raw and .bin files hold all" simulate x.jpg --format Mono12 "${size[@]}"
+# This one would take longer than any test may, were it not refused before the work.
+fails 1 "'x.tiff' has an ending that no file type has" simulate x.tiff --format RGB12 --size 16000x16000
 fails 1 "cannot open 'missing/x.bin'" simulate missing/x.bin --format Mono8 "${size[@]}"
 if [[ -e /dev/full ]]; then
   ln -s /dev/full full.bin
