@@ -16,6 +16,7 @@
 #include "command_info.h"
 #include "command_line.h"
 #include "command_mirror.h"
+#include "command_record.h"
 #include "command_rotate.h"
 #include "command_simulate.h"
 #include "korvel/korvel.h"
@@ -49,6 +50,7 @@ int Run(int argc, char** argv) {
       "  korvel info picture.png\n"
       "  korvel convert frame.bin frame.png --format BayerRG12p --size 2592x1536\n"
       "  korvel simulate scene.png --format RGB8 --size 1920x1080\n"
+      "  korvel record video.avi --frames 50\n"
       "  korvel correct picture.png lighter.png --gamma 2.2\n"
       "  korvel histogram picture.png\n"
       "'korvel COMMAND --help' tells more.");
@@ -56,6 +58,7 @@ int Run(int argc, char** argv) {
   AddInfoCommand(app);
   AddConvertCommand(app);
   AddSimulateCommand(app);
+  AddRecordCommand(app);
   AddCorrectCommand(app);
   AddBinCommand(app);
   AddMirrorCommand(app);

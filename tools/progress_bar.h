@@ -17,7 +17,8 @@ class ProgressBar {
   // Whether it is shown at all.
   bool IsShown() const noexcept { return shown_; }
 
-  void Show(size_t done) const;
+  // details stand behind the numbers.
+  void Show(size_t done, const std::string& details = "") const;
 
   // Makes room for a line of text.
   void Clear() const;
