@@ -1,14 +1,14 @@
 #!/usr/bin/env bash
 # Shows libkorvel at work, from nothing: installs what is missing, builds the demo and runs it. A generated camera frame
-# is converted in a loop; the frame and the pictures land in build/demo.
+# is converted in a loop, and five seconds of the camera are recorded; frame, pictures and video land in build/demo.
 set -euo pipefail
 
 usage() {
   cat <<'HELP'
 Usage: scripts/demo.sh
 
-Builds the demo program and runs it: prints frames per second for each conversion mode and writes the pictures to
-build/demo.
+Builds the demo program and runs it: prints frames per second for each conversion mode, writes the pictures to
+build/demo, and records five seconds of a simulated camera to build/demo/camera.avi.
 HELP
 }
 

@@ -1,7 +1,9 @@
-// The library's main job, to be seen: a camera's frames become pictures in a frame loop, in the three conversion modes.
+// The library's main job, to be seen: a camera's frames become pictures in a frame loop, in the three conversion modes,
+// and a video.
 
 #include <CLI/CLI.hpp>
 #include <chrono>
+#include <cmath>
 #include <cstddef>
 #include <cstdint>
 #include <cstdio>
@@ -10,15 +12,16 @@
 #include <iostream>
 #include <string>
 #include <system_error>
+#include <thread>
 #include <vector>
 
+#include "format_names.h"
 #include "handles.h"
 #include "korvel/korvel.h"
 #include "library_error.h"
-#include "packing.h"
 #include "pixel_file.h"
-#include "scene.h"
-#include "sensor.h"
+#include "recording.h"
+#include "simulated_camera.h"
 #include "tool_error.h"
 
 namespace korvel::tools {
@@ -43,11 +46,6 @@ constexpr Mode kModes[] = {
     {KORVEL_CONVERSION_MODE_Classic, "classic", false},
 };
 
-std::vector<uint8_t> MakeFrame() {
-  const Sensor sensor;
-  return PackBitStream(Expose(MosaicLight(Scene(kWidth, kHeight), MosaicPhase::kRG), sensor), sensor.bits);
-}
-
 // One mode's frame loop with all that it keeps from frame to frame.
 class FrameLoop {
  public:
@@ -56,7 +54,7 @@ class FrameLoop {
     Require(KORVEL_ImageConverter_SetConversionMode(converter_.Get(), mode.value), "set the mode", kBuildAdvice);
     Require(
         KORVEL_ImageConverter_PreAllocateConversion(converter_.Get(), kInputFormat, kOutputFormat, kWidth, kHeight, 1),
-        "take memory for the frame loop", "Close other programs and try again.");
+        "take memory for the frame loop", kMemoryAdvice);
     size_t display_size = 0;
     Require(KORVEL_PixelFormat_CalculateStorageSizeOfPixels(kOutputFormat, kWidth * kHeight, &display_size),
             "compute the size of a picture", kBuildAdvice);
@@ -104,7 +102,30 @@ class FrameLoop {
   Image picture_;
 };
 
-void Run(const std::filesystem::path& folder, double seconds) {
+// What an application does that keeps what its camera delivers. The file of an earlier run is replaced.
+void Record(CameraStream& camera, const std::string& path, double seconds) {
+  using Clock = std::chrono::steady_clock;
+  constexpr uint32_t kFramesPerSecond = 25;
+  constexpr std::chrono::microseconds kFrameTime(1'000'000 / kFramesPerSecond);
+  const auto frames = static_cast<uint64_t>(std::ceil(seconds * kFramesPerSecond));
+
+  std::error_code none_there;
+  std::filesystem::remove(path, none_there);
+  Recording recording({.path = path, .frames_per_second = kFramesPerSecond});
+  const Clock::time_point start = Clock::now();
+  for (uint64_t frame = 0; frame < frames; ++frame) {
+    const Image& image = camera.Frame(frame);
+    std::this_thread::sleep_until(start + frame * kFrameTime);
+    recording.Append(image);
+  }
+  while (recording.Counts().queued > 0) recording.WaitForWorker();
+  const RecordingCounts counts = recording.Counts();
+  recording.Close();
+  std::cout << "\nThe same camera recorded at " << kFramesPerSecond << " frames per second: " << counts.written
+            << " frames written, " << counts.dropped << " dropped\n";
+}
+
+void Run(const std::filesystem::path& folder, double seconds, double video_seconds) {
   std::error_code error;
   std::filesystem::create_directories(folder, error);
   if (error) {
@@ -112,7 +133,8 @@ void Run(const std::filesystem::path& folder, double seconds) {
                     "Name a folder that you can write to.");
   }
 
-  std::vector<uint8_t> frame = MakeFrame();
+  const SimulatedCamera camera({.format = FormatOfId(kInputFormat), .size = {.width = kWidth, .height = kHeight}});
+  std::vector<uint8_t> frame = camera.Pack(camera.Expose(0));
   const std::filesystem::path frame_path = folder / "frame_BayerRG12p_1920x1080.bin";
   WriteBytes(frame_path.string(), frame.data(), frame.size());
   std::cout << "A test frame of " << kWidth << " x " << kHeight << " pixels in BayerRG12p, converted to BGRa8\n\n";
@@ -128,7 +150,12 @@ void Run(const std::filesystem::path& folder, double seconds) {
     written.push_back(picture_path);
   }
 
-  std::cout << "\nFrame and pictures:\n";
+  const std::string video_path = (folder / "camera.avi").string();
+  CameraStream stream(camera);
+  Record(stream, video_path, video_seconds);
+  written.push_back(video_path);
+
+  std::cout << "\nFrame, pictures and video:\n";
   for (const std::string& path : written) std::cout << "  " << path << "\n";
 }
 
@@ -139,12 +166,18 @@ int main(int argc, char** argv) {
   try {
     std::string folder = ".";
     double seconds = 2;
-    CLI::App app("Converts a generated camera frame in a loop, prints the speed and writes the pictures.",
+    double video_seconds = 5;
+    CLI::App app("Converts a generated camera frame in a loop, prints the speed, writes the pictures and a video.",
                  "korvel-demo");
     app.add_option("FOLDER", folder, "Where to write; it is made if it does not exist")->required();
-    app.add_option("--seconds", seconds, "How long to measure each mode (2)")->type_name("SECONDS");
+    app.add_option("--seconds", seconds, "How long to measure each mode (2)")
+        ->type_name("SECONDS")
+        ->check(CLI::Range(0.0, 3600.0));
+    app.add_option("--video-seconds", video_seconds, "How long the video is (5)")
+        ->type_name("SECONDS")
+        ->check(CLI::Range(0.0, 3600.0));
     CLI11_PARSE(app, argc, argv);
-    korvel::tools::Run(folder, seconds);
+    korvel::tools::Run(folder, seconds, video_seconds);
     return 0;
   } catch (const korvel::tools::ToolError& error) {
     std::cerr << "korvel-demo: " << error.what() << "\n  " << error.Advice() << "\n";

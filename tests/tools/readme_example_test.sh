@@ -19,7 +19,7 @@ grep -q 'int main' frame.c || { echo "FAILED: README has no C program"; exit 1; 
 "$compiler" -std=c99 -Wall -Wextra -Wpedantic -Werror "$@" -I "$include" frame.c "$library" \
   -Wl,-rpath,"$(dirname "$library")" -o frame
 
-"$demo" . --seconds 0.01 >/dev/null
+"$demo" . --seconds 0.01 --video-seconds 0.1 >/dev/null
 ./frame <frame_BayerRG12p_1920x1080.bin || { echo "FAILED: the program ends with $?"; exit 1; }
 cmp frame.png high_quality.png || { echo "FAILED: the program's picture is not the demo's"; exit 1; }
 if ./frame </dev/null; then echo "FAILED: no frame is no failure"; exit 1; fi
