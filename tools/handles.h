@@ -38,6 +38,9 @@ class UniqueHandle {
     if (handle_ != nullptr) Destruct(std::exchange(handle_, nullptr));
   }
 
+  // Leaves the handle to the caller, who wants to know how its end went.
+  Handle Release() noexcept { return std::exchange(handle_, nullptr); }
+
  private:
   Handle handle_ = nullptr;
 };
