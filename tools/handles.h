@@ -31,9 +31,6 @@ class UniqueHandle {
     return &handle_;
   }
 
-  // Forgets a handle that the library has ended.
-  void Release() noexcept { handle_ = nullptr; }
-
   void Reset() noexcept {
     if (handle_ != nullptr) Destruct(std::exchange(handle_, nullptr));
   }
