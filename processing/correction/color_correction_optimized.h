@@ -3,6 +3,7 @@
 #pragma once
 
 #include "core/image.h"
+#include "core/instruction_set.h"
 #include "core/processor_features.h"
 #include "processing/correction/color_matrix.h"
 
@@ -10,7 +11,8 @@ namespace img::processing {
 
 class ColorCorrectionOptimized {
  public:
-  explicit ColorCorrectionOptimized(const ProcessorFeatures& features) : features_(features) {}
+  explicit ColorCorrectionOptimized(const ProcessorFeatures& features)
+      : features_(features), set_(InstructionSetOf(features)) {}
 
   //   RGBa8, BGRa8, RGB10p32      AVX or AVX2
   //   RGB8, BGR8, RGB10, RGB12    AVX
@@ -29,6 +31,7 @@ class ColorCorrectionOptimized {
 
  private:
   ProcessorFeatures features_;
+  InstructionSet set_;
   ColorFactors factors_ = kIdentityFactors;
 };
 

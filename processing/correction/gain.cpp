@@ -5,36 +5,48 @@
 #include "core/image_lines.h"
 #include "processing/argument_check.h"
 #include "processing/bayer_phase.h"
+#include "processing/correction/gain_vectors.h"
 #include "processing/unsupported_format.h"
 
 namespace img::processing {
 namespace {
 
-void BuildTables(ValueTables& tables, float factor) {
-  tables.Build([factor](float value, float maximum) {
-    const float product = factor * value;
-    return product < maximum ? product : maximum;
-  });
-}
-
-// A line whose even columns take their values from one table and whose odd columns from another. Bits above the depth
-// are ignored.
+// A line whose even columns have one gain and whose odd columns another. Bits above the depth are ignored.
 template <uint32_t bits>
-void MapLine(const uint8_t* in, uint8_t* out, size_t width, const typename Depth<bits>::Table& even,
-             const typename Depth<bits>::Table& odd) {
+void MapLine(const uint8_t* in, uint8_t* out, size_t width, const GainTables& even, const GainTables& odd,
+             const GainKernels* vectors) {
   using Sample = typename Depth<bits>::Sample;
-  const auto newValue = [evenTable = even.data(), oddTable = odd.data()](size_t column, Sample value) {
+  size_t done = 0;
+  if (vectors != nullptr) {
+    if constexpr (bits == 8) {
+      done = vectors->bytes(in, out, width, even.factor, odd.factor);
+    } else {
+      done = vectors->words(in, out, width, even.factor, odd.factor, Depth<bits>::kMaximum);
+    }
+  }
+  const auto newValue = [evenTable = even.tables.Of<bits>().data(), oddTable = odd.tables.Of<bits>().data()](
+                            size_t column, Sample value) {
     return (column == 0 ? evenTable : oddTable)[value & Depth<bits>::kMaximum];
   };
-  MapSamples<Sample, 2, 2>(in, out, width / 2, newValue);
+  const size_t rest = width - done;
+  MapSamples<Sample, 2, 2>(in + done * sizeof(Sample), out + done * sizeof(Sample), rest / 2, newValue);
   const size_t last = width / 2 * 2 * sizeof(Sample);
-  MapSamples<Sample, 1, 1>(in + last, out + last, width % 2, newValue);
+  MapSamples<Sample, 1, 1>(in + last, out + last, rest % 2, newValue);
 }
 
 }  // namespace
 
-Gain::Gain(std::shared_ptr<buffer::IfcMultiFormatBufferPool> pool) : pool_(std::move(pool)) {
-  for (ValueTables* tables : {&masterTables_, &redTables_, &greenTables_, &blueTables_}) BuildTables(*tables, 1.0f);
+void GainTables::Build(float newFactor) {
+  factor = newFactor;
+  tables.Build([newFactor](float value, float maximum) {
+    const float product = newFactor * value;
+    return product < maximum ? product : maximum;
+  });
+}
+
+Gain::Gain(std::shared_ptr<buffer::IfcMultiFormatBufferPool> pool, const ProcessorFeatures& features)
+    : pool_(std::move(pool)), set_(InstructionSetOf(features)) {
+  for (GainTables* tables : {&masterTables_, &redTables_, &greenTables_, &blueTables_}) tables->Build(1.0f);
 }
 
 bool Gain::IsFormatSupported(PixelFormatId format) {
@@ -46,16 +58,16 @@ void Gain::SetMasterGainValue(float value) {
   RequireArgument(value >= gainMin_ && value <= gainMax_, "void img::processing::Gain::SetMasterGainValue(float)",
                   "img::processing::Gain::SetMasterGainValue: gain value not supported!");
   masterGain_ = value;
-  BuildTables(masterTables_, masterGain_);
-  BuildTables(redTables_, redGain_ * masterGain_);
-  BuildTables(greenTables_, greenGain_ * masterGain_);
-  BuildTables(blueTables_, blueGain_ * masterGain_);
+  masterTables_.Build(masterGain_);
+  redTables_.Build(redGain_ * masterGain_);
+  greenTables_.Build(greenGain_ * masterGain_);
+  blueTables_.Build(blueGain_ * masterGain_);
 }
 
-void Gain::setColourGain(float& gain, ValueTables& tables, float value, const char* location, const char* text) {
+void Gain::setColourGain(float& gain, GainTables& tables, float value, const char* location, const char* text) {
   RequireArgument(value >= gainMin_ && value <= gainMax_, location, text);
   gain = value;
-  BuildTables(tables, gain * masterGain_);
+  tables.Build(gain * masterGain_);
 }
 
 void Gain::SetRedGainValue(float value) {
@@ -100,13 +112,13 @@ void Gain::process(const IfcImage& input, IfcImage& output) const {
   const auto out = LinesOf(output);
   const bool isMono = PixelFormatInfo_Type(input.PixelFormat()) == PixelType::Mono;
   const BayerPhase phase = PhaseOf(PixelFormatInfo_Class(input.PixelFormat()));
+  const GainKernels* const vectors = FindGainKernels(set_);
   WithDepth(PixelFormatInfo_ComponentSignificantBits(input.PixelFormat()), [&](auto bits) {
     for (size_t y = 0; y < size.height; ++y) {
-      const ValueTables& own = isMono ? masterTables_ : phase.IsRedLine(y) ? redTables_ : blueTables_;
-      const ValueTables& green = isMono ? masterTables_ : greenTables_;
+      const GainTables& own = isMono ? masterTables_ : phase.IsRedLine(y) ? redTables_ : blueTables_;
+      const GainTables& green = isMono ? masterTables_ : greenTables_;
       const bool isOwnEven = phase.OwnColumn(y) == 0;
-      MapLine<bits>(in[y], out[y], size.width, (isOwnEven ? own : green).template Of<bits>(),
-                    (isOwnEven ? green : own).template Of<bits>());
+      MapLine<bits>(in[y], out[y], size.width, isOwnEven ? own : green, isOwnEven ? green : own, vectors);
     }
   });
 }
