@@ -1,9 +1,9 @@
 #include "processing/correction/adaptive_hotpixel_correction.h"
 
 #include <algorithm>
-#include <cstring>
 #include <string>
 
+#include "processing/copy_bytes.h"
 #include "processing/correction/hotpixel_kernels.h"
 #include "processing/pair_signature.h"
 #include "status/exceptions.h"
@@ -34,14 +34,17 @@ void Detect(const IfcImage& image, AdaptiveHotpixelParameters& parameters) {
   // In this order, so that a failure leaves the list as it was.
   parameters.hotpixels.reserve(size.width * size.height);
   parameters.hotpixels.clear();
-  FindHotpixels(image, ThresholdOf(parameters, FindFacts(image.PixelFormat()).value()), parameters.hotpixels);
+  FindHotpixels(image, ThresholdOf(parameters, FindFacts(image.PixelFormat()).value()), parameters.set,
+                parameters.hotpixels);
   parameters.hotpixelCount = parameters.hotpixels.size();
 }
 
 }  // namespace
 
-AdaptiveHotpixelCorrection::AdaptiveHotpixelCorrection()
-    : TemplateWrapper_ConversionProcessingModule("AdaptiveHotpixelCorrection") {}
+AdaptiveHotpixelCorrection::AdaptiveHotpixelCorrection(const ProcessorFeatures& features)
+    : TemplateWrapper_ConversionProcessingModule("AdaptiveHotpixelCorrection") {
+  parameters_.set = InstructionSetOf(features);
+}
 
 void AdaptiveHotpixelCorrection::SetSensitivity(SensitivityLevel sensitivity) {
   if (sensitivity == SensitivityLevel::Invalid) {
@@ -78,7 +81,7 @@ void AdaptiveHotpixelInstance::Process(const IfcImage& input, IfcImage& output) 
   if (!parameters.detectOnly) {
     // A pair of formats that share no size must not read beyond the input.
     const size_t byteCount = std::min(input.ByteCount(), output.ByteCount());
-    std::memcpy(output.PixelPointer(0, 0), input.PixelPointer(0, 0), byteCount);
+    CopyBytes(input.PixelPointer(0, 0), output.PixelPointer(0, 0), byteCount, parameters.set);
   }
   RequireCorrection();
   if (parameters.adaptive || parameters.hotpixels.empty() || parameters.detectOnly) Detect(input, parameters);

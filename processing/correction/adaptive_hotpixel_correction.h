@@ -5,6 +5,7 @@
 #include <memory>
 #include <vector>
 
+#include "core/instruction_set.h"
 #include "processing/module_wrappers.h"
 
 namespace img::processing {
@@ -29,13 +30,14 @@ struct AdaptiveHotpixelParameters {
   bool adaptive = false;    // detect even if there is a list
   bool detectOnly = false;  // leave the output alone
   SensitivityLevel sensitivity = SensitivityLevel::Level3;
+  InstructionSet set = InstructionSet::Baseline;
 };
 
 // Keeps the memory of its list between runs.
 class AdaptiveHotpixelCorrection final
     : public TemplateWrapper_ConversionProcessingModule<TAdaptiveHotpixelCorrection> {
  public:
-  AdaptiveHotpixelCorrection();
+  explicit AdaptiveHotpixelCorrection(const ProcessorFeatures& features = ProcessorFeatures::OfThisProcessor());
 
   // Throws InvalidParameterUtilx for Invalid. Intended: a number above the levels is stored, and leaves the expected
   // noise as it was.

@@ -6,6 +6,7 @@
 
 #include "core/image_lines.h"
 #include "processing/argument_check.h"
+#include "processing/correction/table_vectors.h"
 #include "processing/unsupported_format.h"
 
 namespace img::processing {
@@ -17,13 +18,32 @@ void RequireCorrectable(PixelFormatId format, const char* location) {
 }
 
 // Values above the depth count as its maximum.
-template <uint32_t bits, size_t kChannels>
-void MapPixels(const uint8_t* in, uint8_t* out, size_t pixels, const typename Depth<bits>::Table& table) {
+template <uint32_t bits>
+auto EntriesOf(const typename Depth<bits>::Table& table) {
+  return [entries = table.data()](size_t, typename Depth<bits>::Sample value) {
+    return entries[std::min(uint32_t{value}, Depth<bits>::kMaximum)];
+  };
+}
+
+template <uint32_t bits>
+void MapAll(const uint8_t* in, uint8_t* out, size_t samples, const typename Depth<bits>::Table& table,
+            const TableKernels* vectors) {
   using Sample = typename Depth<bits>::Sample;
-  MapSamples<Sample, kChannels, std::min<size_t>(kChannels, 3)>(
-      in, out, pixels, [entries = table.data()](size_t, Sample value) {
-        return entries[std::min(uint32_t{value}, Depth<bits>::kMaximum)];
-      });
+  size_t done = 0;
+  if constexpr (bits == 8) {
+    if (vectors != nullptr && vectors->bytes != nullptr) done = vectors->bytes(in, out, samples, table.data());
+  } else {
+    if (vectors != nullptr) done = vectors->words(in, out, samples, table.data(), Depth<bits>::kMaximum);
+  }
+  const size_t offset = done * sizeof(Sample);
+  MapSamples<Sample, 1, 1>(in + offset, out + offset, samples - done, EntriesOf<bits>(table));
+}
+
+// The first three channels of four: one look-up less than vectors, which would take the fourth as well, makes up for
+// their speed.
+template <uint32_t bits>
+void MapColors(const uint8_t* in, uint8_t* out, size_t pixels, const typename Depth<bits>::Table& table) {
+  MapSamples<typename Depth<bits>::Sample, 4, 3>(in, out, pixels, EntriesOf<bits>(table));
 }
 
 // Pixels of three channels of 10 bits in a word, whose unused bits become 0.
@@ -36,7 +56,9 @@ void MapWords(const uint8_t* in, uint8_t* out, size_t pixels, const Depth<10>::T
 
 }  // namespace
 
-GammaCorrector::GammaCorrector(std::shared_ptr<buffer::IfcMultiFormatBufferPool> pool) : pool_(std::move(pool)) {
+GammaCorrector::GammaCorrector(std::shared_ptr<buffer::IfcMultiFormatBufferPool> pool,
+                               const ProcessorFeatures& features)
+    : pool_(std::move(pool)), set_(InstructionSetOf(features)) {
   buildTables();
 }
 
@@ -87,16 +109,15 @@ void GammaCorrector::process(const IfcImage& input, IfcImage& output) const {
     forEachLine([&](const uint8_t* from, uint8_t* to) { MapWords(from, to, size.width, tables_.Of<10>()); });
     return;
   }
+  const TableKernels* const vectors = FindTableKernels(set_);
+  const uint32_t channels = input.NumChannels();
   WithDepth(PixelFormatInfo_ComponentSignificantBits(input.PixelFormat()), [&](auto bits) {
     const auto& table = tables_.template Of<bits>();
     forEachLine([&](const uint8_t* from, uint8_t* to) {
-      switch (input.NumChannels()) {
-        case 1:
-          return MapPixels<bits, 1>(from, to, size.width, table);
-        case 3:
-          return MapPixels<bits, 3>(from, to, size.width, table);
-        default:
-          return MapPixels<bits, 4>(from, to, size.width, table);
+      if (channels == 4) {
+        MapColors<bits>(from, to, size.width, table);
+      } else {
+        MapAll<bits>(from, to, size.width * channels, table, vectors);
       }
     });
   });

@@ -5,6 +5,7 @@
 
 #include "buffers/buffer_pool.h"
 #include "core/image.h"
+#include "core/instruction_set.h"
 #include "processing/correction/value_tables.h"
 
 namespace img::processing {
@@ -12,7 +13,8 @@ namespace img::processing {
 // The curve becomes tables when gamma is set, so that work on images is look-ups alone. Serves one thread at a time.
 class GammaCorrector {
  public:
-  explicit GammaCorrector(std::shared_ptr<buffer::IfcMultiFormatBufferPool> pool);
+  explicit GammaCorrector(std::shared_ptr<buffer::IfcMultiFormatBufferPool> pool,
+                          const ProcessorFeatures& features = ProcessorFeatures::OfThisProcessor());
 
   // Whatever isn't packed, and RGB10p32. Intended: true for Invalid as well, though no image of it is corrected. False
   // for an id that no public format has.
@@ -40,6 +42,7 @@ class GammaCorrector {
   float gammaMax_ = 3.0f;
   std::shared_ptr<buffer::IfcMultiFormatBufferPool> pool_;
   ValueTables tables_;
+  InstructionSet set_;
 };
 
 }  // namespace img::processing

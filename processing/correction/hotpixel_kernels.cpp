@@ -2,11 +2,15 @@
 
 #include <algorithm>
 #include <array>
+#include <bit>
+#include <cmath>
 #include <cstdlib>
+#include <limits>
 #include <type_traits>
 
 #include "core/image_lines.h"
 #include "processing/bayer_phase.h"
+#include "processing/correction/hotpixel_vectors.h"
 #include "processing/unaligned.h"
 
 namespace img::processing {
@@ -80,21 +84,14 @@ constexpr Rows RowsToCorrectInBayer(size_t y, size_t height) {
           .farLower = y + 2 < height ? y + 2 : height - 3};
 }
 
-struct Lines {
-  template <class Byte>
-  Lines(const ImageLines<Byte>& lines, size_t y, const Rows& rows)
-      : farUpper(lines[rows.farUpper]),
-        nearUpper(lines[rows.nearUpper]),
-        here(lines[y]),
-        nearLower(lines[rows.nearLower]),
-        farLower(lines[rows.farLower]) {}
-
-  const uint8_t* farUpper;
-  const uint8_t* nearUpper;
-  const uint8_t* here;
-  const uint8_t* nearLower;
-  const uint8_t* farLower;
-};
+template <class Byte>
+HotpixelLines LinesAround(const ImageLines<Byte>& lines, size_t y, const Rows& rows) {
+  return {.farUpper = lines[rows.farUpper],
+          .nearUpper = lines[rows.nearUpper],
+          .here = lines[y],
+          .nearLower = lines[rows.nearLower],
+          .farLower = lines[rows.farLower]};
+}
 
 struct Columns {
   size_t left;
@@ -115,7 +112,7 @@ int32_t DeviationFrom(const uint8_t* here, size_t x, const uint8_t* oneLine, siz
 }
 
 template <class LayoutOf>
-std::array<int32_t, 4> Deviations(const Lines& lines, size_t x, size_t width, bool isNear) {
+std::array<int32_t, 4> Deviations(const HotpixelLines& lines, size_t x, size_t width, bool isNear) {
   const auto from = [&](const uint8_t* oneLine, size_t one, const uint8_t* otherLine, size_t other) {
     return DeviationFrom<typename LayoutOf::Sample>(lines.here, x, oneLine, one, otherLine, other);
   };
@@ -132,9 +129,69 @@ constexpr bool Exceeds(int64_t deviation, uint32_t threshold) {
   return deviation > 0 && deviation * deviation > int64_t{threshold};
 }
 
+// How vectors look for pixels that may exceed their threshold.
+struct VectorSearch {
+  FindCandidates find = nullptr;
+  size_t lanes = 0;
+  HotpixelBounds bounds{};
+};
+
 template <class LayoutOf>
-void FindInLine(const LayoutOf& layout, const Lines& lines, size_t y, size_t width, const HotpixelThreshold& threshold,
-                std::vector<Point2D>& hotpixels) {
+constexpr FindCandidates FunctionFor(const HotpixelKernels& kernels) {
+  if constexpr (sizeof(typename LayoutOf::Sample) == 1) {
+    return LayoutOf::kBayer ? kernels.inBayerBytes : kernels.inMonoBytes;
+  } else {
+    return LayoutOf::kBayer ? kernels.inBayerWords : kernels.inMonoWords;
+  }
+}
+
+template <class LayoutOf>
+VectorSearch MakeVectorSearch(const HotpixelThreshold& threshold, uint32_t significantBits, InstructionSet set) {
+  constexpr uint64_t kHighest = std::numeric_limits<typename LayoutOf::Sample>::max();
+  VectorSearch search;
+  const HotpixelKernels* const kernels = FindHotpixelKernels(set);
+  // Thresholds that wrap don't rise with the value, and have no bounds.
+  const bool wraps = kHighest * threshold.slope + threshold.floor > std::numeric_limits<uint32_t>::max();
+  if (kernels == nullptr || wraps) return search;
+  search.find = FunctionFor<LayoutOf>(*kernels);
+  search.lanes = kernels->vectorBytes / sizeof(typename LayoutOf::Sample);
+  HotpixelBounds& bounds = search.bounds;
+  bounds.shift = significantBits - 4;
+  for (size_t part = 0; part < bounds.kParts; ++part) {
+    const uint64_t lowest = (uint64_t{part} << bounds.shift) * threshold.slope + threshold.floor;
+    const uint64_t deviation = static_cast<uint64_t>(std::sqrt(static_cast<double>(lowest))) + 1;
+    const uint64_t half = std::min(deviation / 2, kHighest);
+    bounds.lower[part] = static_cast<uint8_t>(half);
+    bounds.upper[part] = static_cast<uint8_t>(half >> 8);
+  }
+  return search;
+}
+
+// Calls test for the pixels from first to end that may exceed their threshold, as far as they fill a vector. Returns
+// how far that is.
+template <class LayoutOf, class Test>
+size_t TestCandidates(const VectorSearch& vectors, const LayoutOf& layout, const HotpixelLines& lines, size_t y,
+                      size_t first, size_t end, const Test& test) {
+  if (vectors.find == nullptr || end - first < vectors.lanes) return first;
+  size_t x = first;
+  while (x < end) {
+    // The last vector overlaps the one before it.
+    const size_t start = std::min(x, end - vectors.lanes);
+    uint32_t candidates = 0;
+    const size_t next = vectors.find(lines, start, end, layout.IsNear(start, y), vectors.bounds, candidates);
+    for (; candidates != 0; candidates &= candidates - 1) {
+      const auto lane = static_cast<size_t>(std::countr_zero(candidates)) / sizeof(typename LayoutOf::Sample);
+      const size_t candidate = next - vectors.lanes + lane;
+      if (candidate >= x) test(candidate);
+    }
+    x = next;
+  }
+  return end;
+}
+
+template <class LayoutOf>
+void FindInLine(const LayoutOf& layout, const HotpixelLines& lines, size_t y, size_t width,
+                const HotpixelThreshold& threshold, const VectorSearch& vectors, std::vector<Point2D>& hotpixels) {
   using Sample = typename LayoutOf::Sample;
   constexpr size_t kReach = LayoutOf::kReach;
   const auto thresholdAt = [&](size_t x) {
@@ -150,14 +207,16 @@ void FindInLine(const LayoutOf& layout, const Lines& lines, size_t y, size_t wid
     // Intended: the first pixel of a line of a mono image is held against the threshold of the second.
     test(x, thresholdAt(LayoutOf::kBayer ? x : 1));
   }
-  for (size_t x = kReach; x < width - kReach; ++x) {
+  const size_t end = width - kReach;
+  size_t x = TestCandidates(vectors, layout, lines, y, kReach, end, [&](size_t at) { test(at, thresholdAt(at)); });
+  for (; x < end; ++x) {
     // Most pixels end here, by neighbours that have just been read.
     const uint32_t limit = thresholdAt(x);
     if (Exceeds(DeviationFrom<Sample>(lines.here, x, lines.here, x - kReach, lines.here, x + kReach), limit)) {
       test(x, limit);
     }
   }
-  for (size_t x = width - kReach; x < width; ++x) test(x, thresholdAt(x));
+  for (; x < width; ++x) test(x, thresholdAt(x));
 }
 
 // The value of a pixel after its correction.
@@ -179,13 +238,17 @@ bool HasHotpixels(const FormatFacts& format) {
   return !format.IsPacked() && (format.type == PixelType::Mono || format.type == PixelType::Bayer);
 }
 
-void FindHotpixels(const IfcImage& image, const HotpixelThreshold& threshold, std::vector<Point2D>& hotpixels) {
+void FindHotpixels(const IfcImage& image, const HotpixelThreshold& threshold, InstructionSet set,
+                   std::vector<Point2D>& hotpixels) {
   WithLayout(image, [&](const auto& layout) {
+    using LayoutOf = std::remove_cvref_t<decltype(layout)>;
+    const uint32_t bits = PixelFormatInfo_ComponentSignificantBits(image.PixelFormat());
+    const VectorSearch vectors = MakeVectorSearch<LayoutOf>(threshold, bits, set);
     const auto all = LinesOf(image);
     const Size2D& size = all.size;
     for (size_t y = 0; y < size.height; ++y) {
       const Rows rows = layout.kBayer ? RowsToFindInBayer(y, size.height) : RowsOfMono(y, size.height);
-      FindInLine(layout, Lines(all, y, rows), y, size.width, threshold, hotpixels);
+      FindInLine(layout, LinesAround(all, y, rows), y, size.width, threshold, vectors, hotpixels);
     }
   });
 }
@@ -200,7 +263,7 @@ void CorrectHotpixels(IfcImage& image, const std::vector<Point2D>& hotpixels) {
       if (x >= size.width || y >= size.height) continue;
       const Rows rows = layout.kBayer ? RowsToCorrectInBayer(y, size.height) : RowsOfMono(y, size.height);
       if (rows.farUpper >= size.height) continue;
-      const Lines lines(all, y, rows);
+      const HotpixelLines lines = LinesAround(all, y, rows);
       const auto deviations = Deviations<LayoutOf>(lines, x, size.width, layout.IsNear(x, y));
       const int32_t corrected = CorrectedValue(LoadSample<Sample>(lines.here, x), deviations);
       StoreSample<Sample>(all[y], x, static_cast<Sample>(corrected));

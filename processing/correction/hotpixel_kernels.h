@@ -19,6 +19,7 @@
 
 #include "core/geometry.h"
 #include "core/image.h"
+#include "core/instruction_set.h"
 
 namespace img::processing {
 
@@ -34,7 +35,8 @@ bool HasHotpixels(const FormatFacts& format);
 
 // Appends the pixels that are brighter than all pairs of their neighbours by more than the threshold, row by row, in
 // each row from the left. A mono image below 2 and a Bayer image below 4 pixels in width or height has none.
-void FindHotpixels(const IfcImage& image, const HotpixelThreshold& threshold, std::vector<Point2D>& hotpixels);
+void FindHotpixels(const IfcImage& image, const HotpixelThreshold& threshold, InstructionSet set,
+                   std::vector<Point2D>& hotpixels);
 
 // Replaces the listed pixels in order, so that a later one sees the new values of earlier ones. A pixel that deviates
 // from all pairs in the same direction takes the mean of the pair from which it deviates least, the earlier one of two
