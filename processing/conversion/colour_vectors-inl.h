@@ -1,0 +1,276 @@
+// Pixels of colour formats from vectors with one channel each, for sources that are compiled once for each vector
+// instruction set.
+//
+// A layout's class stores a vector of pixels by Store and a single one by StoreOne. first, second and third are the
+// channels in the order of memory, or from the lowest bits on in 32-bit words. Addresses have no alignment, except that
+// vectors written with Streamed begin at a multiple of KORVEL_VECTOR_BYTES.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <cstring>
+
+#include "processing/conversion/colour_layout.h"
+#include "processing/vectors.h"
+
+namespace img::processing::KORVEL_VECTORS {
+
+inline constexpr hn::ScalableTag<uint8_t> kBytesTag;
+inline constexpr hn::ScalableTag<uint16_t> kWordsTag;
+inline constexpr hn::ScalableTag<uint32_t> kWords32Tag;
+using Bytes = hn::Vec<hn::ScalableTag<uint8_t>>;
+using Words = hn::Vec<hn::ScalableTag<uint16_t>>;
+
+// Through the caches.
+struct Ordinary {
+  static constexpr bool kNeedsAlignment = false;
+  static void Put(Bytes vector, uint8_t* to) { hn::StoreU(vector, kBytesTag, to); }
+};
+
+// Past the caches. Whoever is done with an output calls hwy::FlushStream.
+struct Streamed {
+  static constexpr bool kNeedsAlignment = true;
+  static void Put(Bytes vector, uint8_t* to) { hn::Stream(vector, kBytesTag, to); }
+};
+
+// Writes vectors of which each has results for every block of 16 bytes: in memory their first blocks lie side by side,
+// then their second ones.
+template <class Write>
+void PutBlocks(Bytes a, Bytes b, uint8_t* to) {
+  if constexpr (KORVEL_VECTOR_BYTES == 16) {
+    Write::Put(a, to);
+    Write::Put(b, to + 16);
+  } else {
+    Write::Put(hn::ConcatLowerLower(kBytesTag, b, a), to);
+    Write::Put(hn::ConcatUpperUpper(kBytesTag, b, a), to + 32);
+  }
+}
+
+template <class Write>
+void PutBlocks(Bytes a, Bytes b, Bytes c, uint8_t* to) {
+  if constexpr (KORVEL_VECTOR_BYTES == 16) {
+    Write::Put(a, to);
+    Write::Put(b, to + 16);
+    Write::Put(c, to + 32);
+  } else {
+    Write::Put(hn::ConcatLowerLower(kBytesTag, b, a), to);
+    Write::Put(hn::ConcatUpperLower(kBytesTag, a, c), to + 32);
+    Write::Put(hn::ConcatUpperUpper(kBytesTag, c, b), to + 64);
+  }
+}
+
+template <class Write>
+void PutBlocks(Bytes a, Bytes b, Bytes c, Bytes e, uint8_t* to) {
+  if constexpr (KORVEL_VECTOR_BYTES == 16) {
+    Write::Put(a, to);
+    Write::Put(b, to + 16);
+    Write::Put(c, to + 32);
+    Write::Put(e, to + 48);
+  } else {
+    Write::Put(hn::ConcatLowerLower(kBytesTag, b, a), to);
+    Write::Put(hn::ConcatLowerLower(kBytesTag, e, c), to + 32);
+    Write::Put(hn::ConcatUpperUpper(kBytesTag, b, a), to + 64);
+    Write::Put(hn::ConcatUpperUpper(kBytesTag, e, c), to + 96);
+  }
+}
+
+// Shuffles the bytes of each block of 16: result byte i is byte indices[i], or 0 where that is 0x80.
+inline Bytes Shuffle(Bytes vector, const uint8_t (&indices)[16]) {
+  return hn::TableLookupBytesOr0(vector, hn::LoadDup128(kBytesTag, indices));
+}
+
+// Three-channel pixels. Of the 48 bytes that a block of 16 makes, each 16 take the first two channels from one vector,
+// where they lie alternately, and the third from another: two shuffles fill each other's gaps.
+struct Bytes3Layout {
+  using Sample = uint8_t;
+  using Vector = Bytes;
+  static constexpr size_t kPixelBytes = 3;
+
+  explicit Bytes3Layout(uint32_t /*alpha*/) {}
+
+  template <class Write>
+  void Store(Bytes first, Bytes second, Bytes third, uint8_t* to) const {
+    alignas(16) static constexpr uint8_t kPairs0[16] = {0, 1, 0x80, 2, 3, 0x80, 4, 5, 0x80, 6, 7, 0x80, 8, 9, 0x80, 10};
+    alignas(16) static constexpr uint8_t kThird0[16] = {0x80, 0x80, 0,    0x80, 0x80, 1,    0x80, 0x80,
+                                                        2,    0x80, 0x80, 3,    0x80, 0x80, 4,    0x80};
+    // The pairs of pixels 5 to 12.
+    alignas(16) static constexpr uint8_t kPairs1[16] = {1, 0x80, 2,    3, 0x80, 4,    5,  0x80,
+                                                        6, 7,    0x80, 8, 9,    0x80, 10, 11};
+    alignas(16) static constexpr uint8_t kThird1[16] = {0x80, 5,    0x80, 0x80, 6,    0x80, 0x80, 7,
+                                                        0x80, 0x80, 8,    0x80, 0x80, 9,    0x80, 0x80};
+    // The pairs of pixels 8 to 15.
+    alignas(16) static constexpr uint8_t kPairs2[16] = {0x80, 6,    7,  0x80, 8,    9,  0x80, 10,
+                                                        11,   0x80, 12, 13,   0x80, 14, 15,   0x80};
+    alignas(16) static constexpr uint8_t kThird2[16] = {10,   0x80, 0x80, 11,   0x80, 0x80, 12,   0x80,
+                                                        0x80, 13,   0x80, 0x80, 14,   0x80, 0x80, 15};
+    const Bytes low = hn::InterleaveLower(kBytesTag, first, second);
+    const Bytes high = hn::InterleaveUpper(kBytesTag, first, second);
+    const Bytes middle = hn::CombineShiftRightBytes<10>(kBytesTag, high, low);
+    PutBlocks<Write>(hn::Or(Shuffle(low, kPairs0), Shuffle(third, kThird0)),
+                     hn::Or(Shuffle(middle, kPairs1), Shuffle(third, kThird1)),
+                     hn::Or(Shuffle(high, kPairs2), Shuffle(third, kThird2)), to);
+  }
+
+  void StoreOne(uint32_t first, uint32_t second, uint32_t third, uint8_t* to) const {
+    to[0] = static_cast<uint8_t>(first);
+    to[1] = static_cast<uint8_t>(second);
+    to[2] = static_cast<uint8_t>(third);
+  }
+};
+
+struct Bytes4Layout {
+  using Sample = uint8_t;
+  using Vector = Bytes;
+  static constexpr size_t kPixelBytes = 4;
+
+  explicit Bytes4Layout(uint32_t alpha) : alpha_(static_cast<uint8_t>(alpha)) {}
+
+  template <class Write>
+  void Store(Bytes first, Bytes second, Bytes third, uint8_t* to) const {
+    const Bytes alpha = hn::Set(kBytesTag, alpha_);
+    const auto words = [](Bytes pairs) { return hn::BitCast(kWordsTag, pairs); };
+    const auto front = [&](Bytes a, Bytes b) { return words(hn::InterleaveLower(kBytesTag, a, b)); };
+    const auto back = [&](Bytes a, Bytes b) { return words(hn::InterleaveUpper(kBytesTag, a, b)); };
+    const auto bytes = [](Words pixels) { return hn::BitCast(kBytesTag, pixels); };
+    const Words lowA = front(first, second);
+    const Words lowB = front(third, alpha);
+    const Words highA = back(first, second);
+    const Words highB = back(third, alpha);
+    PutBlocks<Write>(
+        bytes(hn::InterleaveLower(kWordsTag, lowA, lowB)), bytes(hn::InterleaveUpper(kWordsTag, lowA, lowB)),
+        bytes(hn::InterleaveLower(kWordsTag, highA, highB)), bytes(hn::InterleaveUpper(kWordsTag, highA, highB)), to);
+  }
+
+  void StoreOne(uint32_t first, uint32_t second, uint32_t third, uint8_t* to) const {
+    to[0] = static_cast<uint8_t>(first);
+    to[1] = static_cast<uint8_t>(second);
+    to[2] = static_cast<uint8_t>(third);
+    to[3] = alpha_;
+  }
+
+ private:
+  uint8_t alpha_;
+};
+
+// As Bytes3Layout, in words.
+struct Words3Layout {
+  using Sample = uint16_t;
+  using Vector = Words;
+  static constexpr size_t kPixelBytes = 6;
+
+  explicit Words3Layout(uint32_t /*alpha*/) {}
+
+  template <class Write>
+  void Store(Words first, Words second, Words third, uint8_t* to) const {
+    alignas(16) static constexpr uint8_t kPairs0[16] = {0, 1, 2, 3, 0x80, 0x80, 4, 5, 6, 7, 0x80, 0x80, 8, 9, 10, 11};
+    alignas(16) static constexpr uint8_t kThird0[16] = {0x80, 0x80, 0x80, 0x80, 0,    1,    0x80, 0x80,
+                                                        0x80, 0x80, 2,    3,    0x80, 0x80, 0x80, 0x80};
+    // The pairs of pixels 3 to 6.
+    alignas(16) static constexpr uint8_t kPairs1[16] = {0x80, 0x80, 0, 1, 2,    3,    0x80, 0x80,
+                                                        4,    5,    6, 7, 0x80, 0x80, 8,    9};
+    alignas(16) static constexpr uint8_t kThird1[16] = {4,    5,    0x80, 0x80, 0x80, 0x80, 6,    7,
+                                                        0x80, 0x80, 0x80, 0x80, 8,    9,    0x80, 0x80};
+    // The pairs of pixels 4 to 7.
+    alignas(16) static constexpr uint8_t kPairs2[16] = {6,    7,    0x80, 0x80, 8,  9,  10,   11,
+                                                        0x80, 0x80, 12,   13,   14, 15, 0x80, 0x80};
+    alignas(16) static constexpr uint8_t kThird2[16] = {0x80, 0x80, 10,   11,   0x80, 0x80, 0x80, 0x80,
+                                                        12,   13,   0x80, 0x80, 0x80, 0x80, 14,   15};
+    const Bytes low = hn::BitCast(kBytesTag, hn::InterleaveLower(kWordsTag, first, second));
+    const Bytes high = hn::BitCast(kBytesTag, hn::InterleaveUpper(kWordsTag, first, second));
+    const Bytes middle = hn::CombineShiftRightBytes<12>(kBytesTag, high, low);
+    const Bytes single = hn::BitCast(kBytesTag, third);
+    PutBlocks<Write>(hn::Or(Shuffle(low, kPairs0), Shuffle(single, kThird0)),
+                     hn::Or(Shuffle(middle, kPairs1), Shuffle(single, kThird1)),
+                     hn::Or(Shuffle(high, kPairs2), Shuffle(single, kThird2)), to);
+  }
+
+  void StoreOne(uint32_t first, uint32_t second, uint32_t third, uint8_t* to) const {
+    const uint16_t pixel[] = {static_cast<uint16_t>(first), static_cast<uint16_t>(second),
+                              static_cast<uint16_t>(third)};
+    std::memcpy(to, pixel, sizeof(pixel));
+  }
+};
+
+struct Words4Layout {
+  using Sample = uint16_t;
+  using Vector = Words;
+  static constexpr size_t kPixelBytes = 8;
+
+  explicit Words4Layout(uint32_t alpha) : alpha_(static_cast<uint16_t>(alpha)) {}
+
+  template <class Write>
+  void Store(Words first, Words second, Words third, uint8_t* to) const {
+    const Words alpha = hn::Set(kWordsTag, alpha_);
+    const auto front = [](Words a, Words b) { return hn::BitCast(kWords32Tag, hn::InterleaveLower(kWordsTag, a, b)); };
+    const auto back = [](Words a, Words b) { return hn::BitCast(kWords32Tag, hn::InterleaveUpper(kWordsTag, a, b)); };
+    const auto bytes = [](auto pixels) { return hn::BitCast(kBytesTag, pixels); };
+    const auto lowA = front(first, second);
+    const auto lowB = front(third, alpha);
+    const auto highA = back(first, second);
+    const auto highB = back(third, alpha);
+    PutBlocks<Write>(bytes(hn::InterleaveLower(kWords32Tag, lowA, lowB)),
+                     bytes(hn::InterleaveUpper(kWords32Tag, lowA, lowB)),
+                     bytes(hn::InterleaveLower(kWords32Tag, highA, highB)),
+                     bytes(hn::InterleaveUpper(kWords32Tag, highA, highB)), to);
+  }
+
+  void StoreOne(uint32_t first, uint32_t second, uint32_t third, uint8_t* to) const {
+    const uint16_t pixel[] = {static_cast<uint16_t>(first), static_cast<uint16_t>(second), static_cast<uint16_t>(third),
+                              alpha_};
+    std::memcpy(to, pixel, sizeof(pixel));
+  }
+
+ private:
+  uint16_t alpha_;
+};
+
+// Ten bits of each channel; bits above them in the samples don't count.
+template <bool kKeepsUnusedBits>
+struct Word32LayoutOf {
+  using Sample = uint16_t;
+  using Vector = Words;
+  static constexpr size_t kPixelBytes = 4;
+  static constexpr uint32_t kUnusedBits = 0xC0000000;
+
+  explicit Word32LayoutOf(uint32_t /*alpha*/) {}
+
+  // Both halves of the words are made in 16-bit lanes.
+  template <class Write>
+  void Store(Words first, Words second, Words third, uint8_t* to) const {
+    const Words mask = hn::Set(kWordsTag, uint16_t{0x3FF});
+    const Words low = hn::Or(hn::And(first, mask), hn::ShiftLeft<10>(second));
+    const Words high = hn::Or(hn::ShiftRight<6>(hn::And(second, mask)), hn::ShiftLeft<4>(hn::And(third, mask)));
+    const auto kept = [](Words pixels, [[maybe_unused]] const uint8_t* at) {
+      const Bytes bytes = hn::BitCast(kBytesTag, pixels);
+      if constexpr (kKeepsUnusedBits) {
+        const Bytes unused = hn::BitCast(kBytesTag, hn::Set(kWords32Tag, kUnusedBits));
+        return hn::Or(bytes, hn::And(hn::LoadU(kBytesTag, at), unused));
+      } else {
+        return bytes;
+      }
+    };
+    if constexpr (KORVEL_VECTOR_BYTES == 16) {
+      Write::Put(kept(hn::InterleaveLower(kWordsTag, low, high), to), to);
+      Write::Put(kept(hn::InterleaveUpper(kWordsTag, low, high), to + 16), to + 16);
+    } else {
+      const Words a = hn::InterleaveLower(kWordsTag, low, high);
+      const Words b = hn::InterleaveUpper(kWordsTag, low, high);
+      Write::Put(kept(hn::ConcatLowerLower(kWordsTag, b, a), to), to);
+      Write::Put(kept(hn::ConcatUpperUpper(kWordsTag, b, a), to + 32), to + 32);
+    }
+  }
+
+  void StoreOne(uint32_t first, uint32_t second, uint32_t third, uint8_t* to) const {
+    uint32_t unused = 0;
+    if constexpr (kKeepsUnusedBits) {
+      std::memcpy(&unused, to, sizeof(unused));
+      unused &= kUnusedBits;
+    }
+    const uint32_t pixel = unused | (first & 0x3FF) | (second & 0x3FF) << 10 | (third & 0x3FF) << 20;
+    std::memcpy(to, &pixel, sizeof(pixel));
+  }
+};
+using Word32Layout = Word32LayoutOf<false>;
+using Word32KeptLayout = Word32LayoutOf<true>;
+
+}  // namespace img::processing::KORVEL_VECTORS
