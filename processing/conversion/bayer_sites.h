@@ -13,6 +13,7 @@
 #include "core/channel_accessor.h"
 #include "core/pixel_format.h"
 #include "processing/bayer_phase.h"
+#include "processing/conversion/colour_layout.h"
 #include "processing/unaligned.h"
 
 namespace img::processing {
@@ -39,7 +40,7 @@ struct SiteColour {
 };
 
 // Three lines around a site, and the bilinear rule: what a site lacks is the mean of its nearest neighbours of that
-// colour. Means truncate. Sites at the border of the image have no such neighbours; see EdgeColour.
+// colour. Means truncate. Sites at the border of the image lack some of them.
 template <class Sample>
 struct BilinearRule {
   using SampleType = Sample;
@@ -85,6 +86,17 @@ void ForEachSite(const Rule& rule, size_t ownColumn, size_t first, size_t last, 
   }
 }
 
+constexpr bool IsBlueFirst(const FormatFacts& colour) {
+  return colour.pixelClass == PixelClass::BGR || colour.pixelClass == PixelClass::BGRa ||
+         colour.pixelClass == PixelClass::BGR10p32;
+}
+
+constexpr ColourLayout ColourLayoutOf(const FormatFacts& colour) {
+  if (colour.layout == PixelLayout::Word32) return ColourLayout::Word32;
+  if (colour.storageBits == 8) return colour.channels == 3 ? ColourLayout::Bytes3 : ColourLayout::Bytes4;
+  return colour.channels == 3 ? ColourLayout::Words3 : ColourLayout::Words4;
+}
+
 // Writes a pixel of a colour format. Alpha is the maximum of the depth. kKeepUnusedBits leaves the bits of a 32-bit
 // word that carry nothing as they were; otherwise they become 0.
 template <PixelFormatId format, bool kRedLine, bool kKeepUnusedBits>
@@ -92,10 +104,8 @@ void StoreColour(uint8_t* address, const SiteColour& colour) {
   using Accessor = pixel_accessor::ChannelAccessor<format>;
   using Channel = typename Accessor::ChannelType;
   constexpr FormatFacts kFormat = kFacts<format>;
-  constexpr bool kBlueFirst = kFormat.pixelClass == PixelClass::BGR || kFormat.pixelClass == PixelClass::BGRa ||
-                              kFormat.pixelClass == PixelClass::BGR10p32;
   // The line's own colour comes first in the pixel where both are red or both are blue.
-  constexpr unsigned kOwnChannel = kRedLine == kBlueFirst ? 2 : 0;
+  constexpr unsigned kOwnChannel = kRedLine == IsBlueFirst(kFormat) ? 2 : 0;
 
   typename Accessor::PixelRepr pixel{};
   if constexpr (kKeepUnusedBits && kFormat.layout == PixelLayout::Word32) {

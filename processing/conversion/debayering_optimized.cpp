@@ -1,10 +1,12 @@
 #include "processing/conversion/debayering_optimized.h"
 
 #include <algorithm>
-#include <bit>
 
 #include "processing/conversion/bayer_sites.h"
 #include "processing/conversion/conversion_mode.h"
+#include "processing/conversion/demosaic_vectors.h"
+#include "processing/conversion/fast_demosaic.h"
+#include "processing/streaming.h"
 
 namespace img::processing {
 namespace {
@@ -12,133 +14,40 @@ namespace {
 constexpr size_t kSmallestSide = 16;
 
 // A mosaic without gaps between lines.
-template <class Sample>
 struct Mosaic {
   const uint8_t* data;
   size_t width;
   size_t height;
   BayerPhase phase;
+  size_t lineByteCount;
 
-  SampleLine<Sample> Line(size_t y) const { return SampleLine<Sample>(data + y * width * sizeof(Sample)); }
+  const uint8_t* Line(size_t y) const { return data + y * lineByteCount; }
 };
 
-// The mean of those neighbours of a site that lie inside the image.
-template <class Sample>
-class EdgeMean {
- public:
-  EdgeMean(const Mosaic<Sample>& mosaic, size_t x, size_t y) : mosaic_(mosaic), x_(x), y_(y) {}
+struct Target {
+  const FormatFacts& format;
+  uint8_t* data;
 
-  EdgeMean& Add(int dx, int dy) {
-    const size_t x = x_ + static_cast<size_t>(dx);  // wraps beyond the first column and line
-    const size_t y = y_ + static_cast<size_t>(dy);
-    if (x < mosaic_.width && y < mosaic_.height) {
-      sum_ += mosaic_.Line(y)[x];
-      ++count_;
-    }
-    return *this;
-  }
-
-  int32_t Value() const { return sum_ / count_; }
-
- private:
-  const Mosaic<Sample>& mosaic_;
-  size_t x_;
-  size_t y_;
-  int32_t sum_ = 0;
-  int32_t count_ = 0;
+  bool IsStreamed(const Mosaic& mosaic) const { return ShouldStream(format.ByteCount(mosaic.width * mosaic.height)); }
 };
 
-// The bilinear rule for a site at the border: a neighbour outside the image is left out of its mean.
-template <class Sample>
-SiteColour EdgeColour(const Mosaic<Sample>& mosaic, size_t x, size_t y) {
-  const auto mean = [&] { return EdgeMean<Sample>(mosaic, x, y); };
-  const int32_t centre = mosaic.Line(y)[x];
-  if (x % 2 == mosaic.phase.OwnColumn(y)) {
-    return {centre, mean().Add(0, -1).Add(0, 1).Add(-1, 0).Add(1, 0).Value(),
-            mean().Add(-1, -1).Add(1, -1).Add(-1, 1).Add(1, 1).Value()};
-  }
-  return {mean().Add(-1, 0).Add(1, 0).Value(), centre, mean().Add(0, -1).Add(0, 1).Value()};
-}
-
-// Gives every pixel's colours, line by line: columns 1 to endOfInner - 1 of the inner lines to what
-// makeInnerStore(red line or not, y) returns, as (x, colour), and all others to what makeStore does.
-template <class Sample, class MakeInnerStore, class MakeStore>
-void ForEachFastColour(const Mosaic<Sample>& mosaic, size_t endOfInner, MakeInnerStore&& makeInnerStore,
-                       MakeStore&& makeStore) {
-  const size_t lastColumn = mosaic.width - 1;
+void ConvertFast(const Mosaic& mosaic, const Target& target, InstructionSet set, size_t luminanceLanes) {
+  const MakeFastLine makeLine = FindFastLine(target.format.id);
+  const size_t outputLine = target.format.ByteCount(mosaic.width);
+  const bool isStreamed = target.IsStreamed(mosaic);
   for (size_t y = 0; y < mosaic.height; ++y) {
-    const auto walk = [&](auto isRedLine) {
-      const auto store = makeStore(isRedLine, y);
-      if (y == 0 || y + 1 == mosaic.height) {
-        for (size_t x = 0; x < mosaic.width; ++x) store(x, EdgeColour(mosaic, x, y));
-        return;
-      }
-      const BilinearRule<Sample> rule{mosaic.Line(y - 1), mosaic.Line(y), mosaic.Line(y + 1)};
-      const size_t ownColumn = mosaic.phase.OwnColumn(y);
-      store(0, EdgeColour(mosaic, 0, y));
-      ForEachSite(rule, ownColumn, 1, endOfInner, makeInnerStore(isRedLine, y));
-      ForEachSite(rule, ownColumn, endOfInner, lastColumn, store);
-      store(lastColumn, EdgeColour(mosaic, lastColumn, y));
-    };
-    if (mosaic.phase.IsRedLine(y)) {
-      walk(std::true_type{});
-    } else {
-      walk(std::false_type{});
-    }
+    makeLine({.above = y == 0 ? nullptr : mosaic.Line(y - 1),
+              .here = mosaic.Line(y),
+              .below = y + 1 == mosaic.height ? nullptr : mosaic.Line(y + 1),
+              .output = target.data + y * outputLine,
+              .width = mosaic.width,
+              .isRedLine = mosaic.phase.IsRedLine(y),
+              .ownColumn = mosaic.phase.OwnColumn(y),
+              .set = set,
+              .isStreamed = isStreamed,
+              .luminanceLanes = luminanceLanes});
   }
-}
-
-template <PixelFormatId format>
-void ConvertFast(const Mosaic<SampleOf<format>>& mosaic, uint8_t* output) {
-  const auto makeStore = [&](auto isRedLine, size_t y) {
-    return [line = output + y * mosaic.width * kFacts<format>.PixelByteCount()](size_t x, const SiteColour& colour) {
-      StoreColour<format, decltype(isRedLine)::value, false>(line + x * kFacts<format>.PixelByteCount(), colour);
-    };
-  };
-  ForEachFastColour(mosaic, mosaic.width - 1, makeStore, makeStore);
-}
-
-// The weights of ITU-R BT.601 in single precision.
-constexpr float kRedWeight = 0.299f;
-constexpr float kGreenWeight = 0.587f;
-constexpr float kBlueWeight = 0.114f;
-static_assert(std::bit_cast<uint32_t>(kRedWeight) == 0x3E991687);
-static_assert(std::bit_cast<uint32_t>(kGreenWeight) == 0x3F1645A2);
-static_assert(std::bit_cast<uint32_t>(kBlueWeight) == 0x3DE978D5);
-
-// Intended: on the edge of a whole number the two may differ by one, and both may fall below the value of an all-equal
-// input.
-uint8_t ScalarLuminance(int32_t red, int32_t green, int32_t blue) {
-  const float redPart = kRedWeight * static_cast<float>(red);
-  const float greenPart = kGreenWeight * static_cast<float>(green);
-  const float bluePart = kBlueWeight * static_cast<float>(blue);
-  const double sum = static_cast<double>(greenPart) + static_cast<double>(redPart) + static_cast<double>(bluePart);
-  return static_cast<uint8_t>(static_cast<int32_t>(sum));
-}
-
-uint8_t VectorLuminance(int32_t red, int32_t green, int32_t blue) {
-  const float redPart = kRedWeight * static_cast<float>(red);
-  const float greenPart = kGreenWeight * static_cast<float>(green);
-  const float bluePart = kBlueWeight * static_cast<float>(blue);
-  const float sum = (redPart + greenPart) + bluePart;
-  return static_cast<uint8_t>(std::clamp(static_cast<int32_t>(sum), 0, 255));
-}
-
-// The inner columns of inner lines are computed as lanes of vectors, as many at a time as the processor has; the rest,
-// and the border, one by one.
-void ConvertLuminance(const Mosaic<uint8_t>& mosaic, uint8_t* output, size_t lanes) {
-  const auto makeStoreOf = [&](auto luminance) {
-    return [&mosaic, output, luminance](auto isRedLine, size_t y) {
-      return [line = output + y * mosaic.width, luminance](size_t x, const SiteColour& colour) {
-        constexpr bool kRedLine = decltype(isRedLine)::value;
-        line[x] = luminance(kRedLine ? colour.own : colour.other, colour.green, kRedLine ? colour.other : colour.own);
-      };
-    };
-  };
-  const auto vector = [](int32_t red, int32_t green, int32_t blue) { return VectorLuminance(red, green, blue); };
-  const auto scalar = [](int32_t red, int32_t green, int32_t blue) { return ScalarLuminance(red, green, blue); };
-  const size_t vectorColumns = (mosaic.width - 2) / lanes * lanes;
-  ForEachFastColour(mosaic, 1 + vectorColumns, makeStoreOf(vector), makeStoreOf(scalar));
+  FinishStreams(set);
 }
 
 // The two lines or columns of a plane, whose samples lie two apart, around a position half a pixel further on: the near
@@ -162,7 +71,7 @@ constexpr PlaneNeighbours NeighboursInPlane(size_t position, size_t planeParity,
 template <PixelFormatId format>
 class ClassicLine {
  public:
-  ClassicLine(const Mosaic<uint8_t>& mosaic, size_t y, uint8_t* line)
+  ClassicLine(const Mosaic& mosaic, size_t y, uint8_t* line)
       : mosaic_(mosaic),
         line_(line),
         red_(PlaneLines(mosaic.phase.redLine, y)),
@@ -171,11 +80,15 @@ class ClassicLine {
         greenTop_(mosaic.Line(greenLine_)),
         greenBottom_(mosaic.Line(greenLine_ + 1)) {}
 
-  void Convert() {
+  void Convert(const DemosaicKernels* vectors, bool isStreamed) const {
     const size_t width = mosaic_.width;
     AtBorder(0);
     // Columns 1 to width - 3 have both neighbours in either plane.
-    for (size_t x = 1; x + 2 < width; x += kBlock) ConvertBlock(x, std::min(kBlock, width - 2 - x));
+    if (vectors != nullptr) {
+      ConvertByVectors(*vectors, isStreamed);
+    } else {
+      for (size_t x = 1; x + 2 < width; x += kBlock) ConvertBlock(x, std::min(kBlock, width - 2 - x));
+    }
     AtBorder(width - 2);
     AtBorder(width - 1);
   }
@@ -183,10 +96,8 @@ class ClassicLine {
  private:
   static constexpr size_t kBlock = 128;
 
-  struct Lines {
-    SampleLine<uint8_t> near;
-    SampleLine<uint8_t> far;
-  };
+  // Two lines of a colour's samples.
+  using Lines = ClassicTask::Plane;
 
   Lines PlaneLines(size_t planeParity, size_t y) const {
     const PlaneNeighbours lines = NeighboursInPlane(y, planeParity, mosaic_.height);
@@ -199,7 +110,7 @@ class ClassicLine {
            4;
   }
 
-  void AtBorder(size_t x) {
+  void AtBorder(size_t x) const {
     const size_t redColumn = mosaic_.phase.redColumn;
     const size_t block = std::min(x, mosaic_.width - 2);
     const bool topLeftIsGreen = block % 2 != mosaic_.phase.OwnColumn(greenLine_);
@@ -210,14 +121,29 @@ class ClassicLine {
                         Interpolate(blue_, NeighboursInPlane(x, 1 - redColumn, mosaic_.width))});
   }
 
+  void ConvertByVectors(const DemosaicKernels& vectors, bool isStreamed) const {
+    const bool isRedEven = mosaic_.phase.redColumn == 0;
+    const bool isTopGreenEven = mosaic_.phase.OwnColumn(greenLine_) != 0;
+    const ClassicTask task = {
+        .planes = {isRedEven ? red_ : blue_, isRedEven ? blue_ : red_},
+        .green = {isTopGreenEven ? greenTop_ : greenBottom_, isTopGreenEven ? greenBottom_ : greenTop_},
+        .output = line_,
+        .first = 1,
+        .last = mosaic_.width - 2,
+        .isEvenFirst = isRedEven != IsBlueFirst(kFacts<format>),
+        .alpha = kFacts<format>.maxValue,
+        .isStreamed = isStreamed};
+    (kFacts<format>.channels == 3 ? vectors.classic3 : vectors.classic4)(task);
+  }
+
   // The same for count columns from first on, which have all their neighbours. The weights are those of the lines times
   // those of the columns, so the lines go first. Each column is computed as one on the plane of red and as one beside
   // it, and a mask picks, so that compilers turn the loops into vector code.
   void ConvertBlock(size_t first, size_t count) const {
     const Lines red = red_;
     const Lines blue = blue_;
-    const SampleLine<uint8_t> greenTop = greenTop_;
-    const SampleLine<uint8_t> greenBottom = greenBottom_;
+    const uint8_t* const greenTop = greenTop_;
+    const uint8_t* const greenBottom = greenBottom_;
     uint16_t reds[kBlock + 3];
     uint16_t blues[kBlock + 3];
     for (size_t i = 0; i < count + 3; ++i) {  // from the column before first on
@@ -247,20 +173,24 @@ class ClassicLine {
     StoreColour<format, true, false>(line_ + x * kFacts<format>.PixelByteCount(), colour);
   }
 
-  const Mosaic<uint8_t>& mosaic_;
+  const Mosaic& mosaic_;
   uint8_t* line_;
   Lines red_;
   Lines blue_;
   size_t greenLine_;
-  SampleLine<uint8_t> greenTop_;
-  SampleLine<uint8_t> greenBottom_;
+  const uint8_t* greenTop_;
+  const uint8_t* greenBottom_;
 };
 
 template <PixelFormatId format>
-void ConvertClassic(const Mosaic<uint8_t>& mosaic, uint8_t* output) {
+void ConvertClassic(const Mosaic& mosaic, const Target& target, InstructionSet set) {
+  const DemosaicKernels* const vectors = FindDemosaicKernels(set);
+  const bool isStreamed = target.IsStreamed(mosaic);
   for (size_t y = 0; y < mosaic.height; ++y) {
-    ClassicLine<format>(mosaic, y, output + y * mosaic.width * kFacts<format>.PixelByteCount()).Convert();
+    ClassicLine<format>(mosaic, y, target.data + y * target.format.ByteCount(mosaic.width))
+        .Convert(vectors, isStreamed);
   }
+  FinishStreams(set);
 }
 
 constexpr bool IsColour8(const FormatFacts& facts) {
@@ -302,27 +232,31 @@ bool DebayeringOptimized::Convert(const uint8_t* input, size_t width, size_t hei
   if (width < kSmallestSide || height < kSmallestSide || width % 2 != 0 || height % 2 != 0) return false;
   const bool hasVectors = features_.avx != 0 || features_.avx2 != 0;
 
+  const std::optional<FormatFacts> format = FindFacts(outputFormat);
+  if (!format) return false;
+  const Target target = {*format, output};
+  const BayerPhase phase = PhaseOf(PixelFormatInfo_Class(inputFormat));
+  const size_t luminanceLanes = features_.avx2 != 0 ? 32 : 16;
+
   if (inputFormat == PixelFormatId::BayerRG10 && outputFormat == PixelFormatId::RGB10p32) {
     if (conversionMode != kConversionModeFast || !hasVectors) return false;
-    ConvertFast<PixelFormatId::RGB10p32>({input, width, height, PhaseOf(PixelClass::BayerRG)}, output);
+    ConvertFast({input, width, height, phase, width * sizeof(uint16_t)}, target, set_, luminanceLanes);
     return true;
   }
 
   // Classic and the 8-bit paths of Fast exist for the same inputs.
   if (!IsClassicInput(inputFormat)) return false;
-  const Mosaic<uint8_t> mosaic{input, width, height, PhaseOf(PixelFormatInfo_Class(inputFormat))};
+  const Mosaic mosaic{input, width, height, phase, width};
   if (conversionMode == kConversionModeClassic) {
-    return ForColour8(outputFormat, [&](auto format) { ConvertClassic<format>(mosaic, output); });
+    return ForColour8(outputFormat, [&](auto id) { ConvertClassic<id>(mosaic, target, set_); });
   }
   if (conversionMode != kConversionModeFast || !hasVectors) return false;
-  if (outputFormat == PixelFormatId::Mono8) {
-    ConvertLuminance(mosaic, output, features_.avx2 != 0 ? 32 : 16);
-    return true;
-  }
   // Intended: the three-byte pixels have no path for a processor that has AVX2 and not AVX.
   const bool isThreeBytes = outputFormat == PixelFormatId::RGB8 || outputFormat == PixelFormatId::BGR8;
   if (isThreeBytes && features_.avx == 0) return false;
-  return ForColour8(outputFormat, [&](auto format) { ConvertFast<format>(mosaic, output); });
+  if (outputFormat != PixelFormatId::Mono8 && !IsColour8(*format)) return false;
+  ConvertFast(mosaic, target, set_, luminanceLanes);
+  return true;
 }
 
 }  // namespace img::processing

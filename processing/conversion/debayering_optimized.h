@@ -9,6 +9,7 @@
 #include <cstddef>
 #include <cstdint>
 
+#include "core/instruction_set.h"
 #include "core/pixel_format.h"
 #include "core/processor_features.h"
 
@@ -16,7 +17,8 @@ namespace img::processing {
 
 class DebayeringOptimized {
  public:
-  explicit DebayeringOptimized(const ProcessorFeatures& features) : features_(features) {}
+  explicit DebayeringOptimized(const ProcessorFeatures& features)
+      : features_(features), set_(InstructionSetOf(features)) {}
 
   // The formats between which Classic exists.
   static bool IsClassicInput(PixelFormatId format);
@@ -38,6 +40,7 @@ class DebayeringOptimized {
 
  private:
   ProcessorFeatures features_;
+  InstructionSet set_;
 };
 
 }  // namespace img::processing

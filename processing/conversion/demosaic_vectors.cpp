@@ -513,7 +513,7 @@ void ConvertMono(const MonoTask& task) {
   Walk(Mono<Sample>(task), task.output, task.first, task.last, task.isStreamed);
 }
 
-void FinishStreams() { hwy::FlushStream(); }
+void Finish() { hwy::FlushStream(); }
 
 }  // namespace
 
@@ -526,6 +526,6 @@ extern const DemosaicKernels kDemosaicKernels = {
     .classic4 = ConvertClassic<Bytes4Layout>,
     .mono8 = ConvertMono<uint8_t>,
     .mono16 = ConvertMono<uint16_t>,
-    .finishStreams = FinishStreams};
+    .finishStreams = Finish};
 
 }  // namespace img::processing::KORVEL_VECTORS

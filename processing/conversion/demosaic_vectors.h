@@ -81,4 +81,9 @@ constexpr const DemosaicKernels* FindDemosaicKernels(InstructionSet set) {
   return ChooseVectors(set, avx::kDemosaicKernels, avx2::kDemosaicKernels);
 }
 
+// For whoever streamed with an instruction set's kernels.
+inline void FinishStreams(InstructionSet set) {
+  if (const DemosaicKernels* const kernels = FindDemosaicKernels(set)) kernels->finishStreams();
+}
+
 }  // namespace img::processing
