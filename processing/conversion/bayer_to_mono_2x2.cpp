@@ -3,6 +3,7 @@
 #include <cstring>
 
 #include "processing/conversion/bayer_sites.h"
+#include "processing/conversion/mono_line.h"
 
 namespace img::processing {
 namespace {
@@ -18,27 +19,6 @@ static_assert(kWeights == 999);
 constexpr uint32_t DivideByWeights(uint32_t sum) {
   const auto high = static_cast<uint32_t>(uint64_t{sum} * 107481665 >> 32);
   return (((sum - high) >> 1) + high) >> 9;
-}
-
-// Intended: the heavy sample doesn't lie on red and the light one not on blue. They lie where the neighbouring phase
-// would have them, on the two greens of BayerGR and BayerGB; the weights make a grey that is slightly off a true
-// luminance, and stay so.
-struct HeavySample {
-  size_t column;
-  size_t line;
-};
-
-constexpr HeavySample HeavySampleOf(PixelClass bayerClass) {
-  switch (bayerClass) {
-    case PixelClass::BayerRG:
-      return {1, 0};
-    case PixelClass::BayerGB:
-      return {1, 1};
-    case PixelClass::BayerBG:
-      return {0, 1};
-    default:
-      return {0, 0};  // BayerGR
-  }
 }
 
 // One line of blocks. heavyLine is the one of the two that holds the heavy samples, at columns of parity heavyColumn;
