@@ -1,0 +1,291 @@
+#include "processing/conversion/sample_vectors.h"
+
+#include <hwy/cache_control.h>
+
+#include <cstring>
+
+#include "processing/vectors.h"
+
+namespace img::processing::KORVEL_VECTORS {
+namespace {
+
+using Bytes = hn::ScalableTag<uint8_t>;
+using Words = hn::ScalableTag<uint16_t>;
+using BytesOfBlock = hn::FixedTag<uint8_t, 16>;
+using VBytes = hn::Vec<Bytes>;
+using VWords = hn::Vec<Words>;
+
+constexpr size_t kLanes = KORVEL_VECTOR_BYTES;
+constexpr size_t kWordLanes = kLanes / sizeof(uint16_t);
+
+// A step is four blocks of 8 samples, of which a vector of words holds as many as it is long.
+constexpr size_t kBlocksPerStep = 4;
+constexpr size_t kBlockSamples = kSamplesPerStep / kBlocksPerStep;
+constexpr size_t kBlocksPerVector = kLanes / 16;
+constexpr size_t kVectorsPerStep = kBlocksPerStep / kBlocksPerVector;
+
+// Whoever is handed the memory sees what went past the caches in any order of loads.
+template <bool kPastCaches>
+HWY_INLINE void Finish() {
+  if constexpr (kPastCaches) hwy::FlushStream();
+}
+
+template <bool kPastCaches, class D, class V>
+HWY_INLINE void StoreVector(V vector, D d, uint8_t* to) {
+  auto* const lanes = reinterpret_cast<hn::TFromD<D>*>(to);
+  if constexpr (kPastCaches) {
+    hn::Stream(vector, d, lanes);
+  } else {
+    hn::StoreU(vector, d, lanes);
+  }
+}
+
+HWY_INLINE VWords LoadWords(const uint8_t* from) { return hn::BitCast(Words(), hn::LoadU(Bytes(), from)); }
+
+// The low bytes of the words of two vectors, each of which is at most 255, by blocks of 16 bytes.
+HWY_INLINE VBytes PackByBlocks(VWords low, VWords high) {
+#if KORVEL_VECTOR_BYTES == 32
+  return VBytes{_mm256_packus_epi16(low.raw, high.raw)};
+#else
+  return VBytes{_mm_packus_epi16(low.raw, high.raw)};
+#endif
+}
+
+// Packed layouts. A shuffle puts the two bytes that a sample lies in into a word; a multiplication by a power of two,
+// another for each sample of a group, shifts them to where they belong; a mask drops the neighbours' bits. That leaves
+// the sample at the top of its word, with zeros below.
+
+// Four or two samples of consecutive bits, lowest first.
+template <size_t kBits>
+struct NoAlignment {
+  static constexpr size_t kBlockBytes = kBits;
+  // Sample i of a block begins at bit i * kBits. Its two bytes, in memory order.
+  static constexpr size_t FirstByte(size_t i) { return i * kBits / 8; }
+  static constexpr size_t SecondByte(size_t i) { return i * kBits / 8 + 1; }
+  static constexpr uint16_t Factor(size_t i) { return static_cast<uint16_t>(1u << (16 - kBits - i * kBits % 8)); }
+  static constexpr uint16_t kMask = static_cast<uint16_t>(0xFFFFu << (16 - kBits));
+
+  HWY_INLINE static VWords ToTop(VWords pairs, VWords factors) {
+    return hn::And(pairs * factors, hn::Set(Words(), kMask));
+  }
+};
+
+// The high eight bits of each sample of a group in a byte of its own, then a byte with the low bits of all.
+template <size_t kBits>
+struct Mipi {
+  static constexpr size_t kLowBits = kBits - 8;
+  static constexpr size_t kGroupSamples = 8 / kLowBits;
+  static constexpr size_t kBlockBytes = kBits;
+  static constexpr size_t FirstByte(size_t i) { return i / kGroupSamples * (kGroupSamples + 1) + kGroupSamples; }
+  static constexpr size_t SecondByte(size_t i) { return i / kGroupSamples * (kGroupSamples + 1) + i % kGroupSamples; }
+  static constexpr uint16_t Factor(size_t i) {
+    return static_cast<uint16_t>(1u << (8 - kLowBits - i % kGroupSamples * kLowBits));
+  }
+  static constexpr uint16_t kMask = static_cast<uint8_t>(0xFFu << (8 - kLowBits));
+
+  HWY_INLINE static VWords ToTop(VWords pairs, VWords factors) {
+    return hn::Or(hn::And(pairs, hn::Set(Words(), 0xFF00)), hn::And(pairs * factors, hn::Set(Words(), kMask)));
+  }
+};
+
+// The tables of a layout: its shuffles within 16 bytes that begin with a block, or end with it, and its factors.
+template <class Layout>
+struct Tables {
+  static constexpr size_t kSpare = 16 - Layout::kBlockBytes;
+  alignas(32) uint8_t begins[32] = {};
+  alignas(32) uint8_t lastEnds[32] = {};
+  alignas(32) uint16_t factors[16] = {};
+
+  constexpr Tables() {
+    for (size_t block = 0; block < 2; ++block) {
+      for (size_t i = 0; i < kBlockSamples; ++i) {
+        const size_t at = block * 16 + 2 * i;
+        begins[at] = static_cast<uint8_t>(Layout::FirstByte(i));
+        begins[at + 1] = static_cast<uint8_t>(Layout::SecondByte(i));
+        const size_t spare = block == kBlocksPerVector - 1 ? kSpare : 0;
+        lastEnds[at] = static_cast<uint8_t>(Layout::FirstByte(i) + spare);
+        lastEnds[at + 1] = static_cast<uint8_t>(Layout::SecondByte(i) + spare);
+        factors[block * kBlockSamples + i] = Layout::Factor(i);
+      }
+    }
+  }
+};
+
+template <class Layout>
+constexpr Tables<Layout> kTables{};
+
+// The bytes of two blocks, or of the first where vectors hold one.
+HWY_INLINE VBytes LoadBlocks(const uint8_t* first, [[maybe_unused]] const uint8_t* second) {
+#if KORVEL_VECTOR_BYTES == 32
+  return hn::Combine(Bytes(), hn::LoadU(BytesOfBlock(), second), hn::LoadU(BytesOfBlock(), first));
+#else
+  return hn::LoadU(BytesOfBlock(), first);
+#endif
+}
+
+// Reads a step of a packed layout. The last block is loaded from 16 bytes that end with it, so that none is read beyond
+// the step.
+template <class Layout>
+class PackedStep {
+ public:
+  PackedStep()
+      : begins_(hn::Load(Bytes(), kTables<Layout>.begins)),
+        lastEnds_(hn::Load(Bytes(), kTables<Layout>.lastEnds)),
+        factors_(hn::Load(Words(), kTables<Layout>.factors)) {}
+
+  static constexpr size_t kBytes = kBlocksPerStep * Layout::kBlockBytes;
+
+  // The samples of a block, and of that which is `distance` blocks behind it where vectors hold two.
+  template <size_t kBlock, size_t kDistance>
+  HWY_INLINE VWords ToTop(const uint8_t* step) const {
+    constexpr bool kEnds = kBlock + (kBlocksPerVector - 1) * kDistance == kBlocksPerStep - 1;
+    constexpr size_t kBack = kEnds ? 16 - Layout::kBlockBytes : 0;
+    const uint8_t* const first = step + kBlock * Layout::kBlockBytes;
+    const uint8_t* const last = first + (kBlocksPerVector - 1) * kDistance * Layout::kBlockBytes - kBack;
+    const VBytes bytes = LoadBlocks(kBlocksPerVector == 1 ? last : first, last);
+    const VBytes pairs = hn::TableLookupBytes(bytes, kEnds ? lastEnds_ : begins_);
+    return Layout::ToTop(hn::BitCast(Words(), pairs), factors_);
+  }
+
+ private:
+  VBytes begins_;
+  VBytes lastEnds_;
+  VWords factors_;
+};
+
+template <class Layout, bool kPastCaches>
+void UnpackToWords(const uint8_t* from, uint8_t* to, size_t stepCount, uint32_t toBits) {
+  const Words d;
+  const PackedStep<Layout> step;
+  // The high half of the product is the sample at its depth: a shift down by 16 - toBits.
+  const VWords toDepth = hn::Set(d, static_cast<uint16_t>(1u << toBits));
+  for (size_t i = 0; i < stepCount; ++i, from += step.kBytes, to += kSamplesPerStep * sizeof(uint16_t)) {
+    const auto store = [&](size_t vector, VWords atTop)
+                           HWY_ATTR { StoreVector<kPastCaches>(hn::MulHigh(atTop, toDepth), d, to + vector * kLanes); };
+#if KORVEL_VECTOR_BYTES == 32
+    store(0, step.template ToTop<0, 1>(from));
+    store(1, step.template ToTop<2, 1>(from));
+#else
+    store(0, step.template ToTop<0, 1>(from));
+    store(1, step.template ToTop<1, 1>(from));
+    store(2, step.template ToTop<2, 1>(from));
+    store(3, step.template ToTop<3, 1>(from));
+#endif
+  }
+  Finish<kPastCaches>();
+}
+
+// At a depth of 8 the high bytes are the samples.
+template <class Layout, bool kPastCaches>
+void UnpackToBytes(const uint8_t* from, uint8_t* to, size_t stepCount) {
+  const Bytes d;
+  const PackedStep<Layout> step;
+  for (size_t i = 0; i < stepCount; ++i, from += step.kBytes, to += kSamplesPerStep) {
+    const auto store = [&](size_t vector, VWords low, VWords high) HWY_ATTR {
+      StoreVector<kPastCaches>(PackByBlocks(hn::ShiftRight<8>(low), hn::ShiftRight<8>(high)), d, to + vector * kLanes);
+    };
+#if KORVEL_VECTOR_BYTES == 32
+    // Packing goes by blocks, so that every other one sits in the same vector.
+    store(0, step.template ToTop<0, 2>(from), step.template ToTop<1, 2>(from));
+#else
+    store(0, step.template ToTop<0, 1>(from), step.template ToTop<1, 1>(from));
+    store(1, step.template ToTop<2, 1>(from), step.template ToTop<3, 1>(from));
+#endif
+  }
+  Finish<kPastCaches>();
+}
+
+template <bool kPastCaches>
+void CopyBytesOf(const uint8_t* from, uint8_t* to, size_t byteCount) {
+  for (size_t i = 0; i < byteCount; i += kLanes) {
+    StoreVector<kPastCaches>(hn::LoadU(Bytes(), from + i), Bytes(), to + i);
+  }
+  Finish<kPastCaches>();
+}
+
+template <bool kPastCaches>
+void ShiftBytesToWords(const uint8_t* from, uint8_t* to, size_t stepCount, int left) {
+  const Words d;
+  const hn::Half<Bytes> narrow;
+  for (size_t i = 0; i < stepCount * kSamplesPerStep; i += kWordLanes) {
+    const VWords values = hn::PromoteTo(d, hn::LoadU(narrow, from + i));
+    StoreVector<kPastCaches>(hn::ShiftLeftSame(values, left), d, to + i * sizeof(uint16_t));
+  }
+  Finish<kPastCaches>();
+}
+
+// The low byte of each word shifted down, whatever the word holds.
+template <bool kPastCaches>
+void ShiftWordsToBytes(const uint8_t* from, uint8_t* to, size_t stepCount, int right) {
+  const VWords toHighByte = hn::Set(Words(), static_cast<uint16_t>(1u << (8 - right)));
+  for (size_t i = 0; i < stepCount * kSamplesPerStep; i += kLanes) {
+    const VWords low = hn::ShiftRight<8>(LoadWords(from + i * sizeof(uint16_t)) * toHighByte);
+    const VWords high = hn::ShiftRight<8>(LoadWords(from + i * sizeof(uint16_t) + kLanes) * toHighByte);
+    VBytes bytes = PackByBlocks(low, high);
+#if KORVEL_VECTOR_BYTES == 32
+    bytes.raw = _mm256_permute4x64_epi64(bytes.raw, _MM_SHUFFLE(3, 1, 2, 0));
+#endif
+    StoreVector<kPastCaches>(bytes, Bytes(), to + i);
+  }
+  Finish<kPastCaches>();
+}
+
+template <bool kPastCaches>
+void ShiftWords(const uint8_t* from, uint8_t* to, size_t stepCount, int left, int right) {
+  const Words d;
+  for (size_t i = 0; i < stepCount * kSamplesPerStep * sizeof(uint16_t); i += kLanes) {
+    StoreVector<kPastCaches>(hn::ShiftRightSame(hn::ShiftLeftSame(LoadWords(from + i), left), right), d, to + i);
+  }
+  Finish<kPastCaches>();
+}
+
+// The kernels as their callers know them.
+
+template <class Layout>
+void ReadPackedAsWords(const uint8_t* from, uint8_t* to, size_t stepCount, uint32_t, uint32_t toBits, bool pastCaches) {
+  const auto unpack = pastCaches ? UnpackToWords<Layout, true> : UnpackToWords<Layout, false>;
+  unpack(from, to, stepCount, toBits);
+}
+
+template <class Layout>
+void ReadPackedAsBytes(const uint8_t* from, uint8_t* to, size_t stepCount, uint32_t, uint32_t, bool pastCaches) {
+  const auto unpack = pastCaches ? UnpackToBytes<Layout, true> : UnpackToBytes<Layout, false>;
+  unpack(from, to, stepCount);
+}
+
+void ReadBytesAsBytes(const uint8_t* from, uint8_t* to, size_t stepCount, uint32_t, uint32_t, bool pastCaches) {
+  const auto copy = pastCaches ? CopyBytesOf<true> : CopyBytesOf<false>;
+  copy(from, to, stepCount * kSamplesPerStep);
+}
+
+void ReadBytesAsWords(const uint8_t* from, uint8_t* to, size_t stepCount, uint32_t fromBits, uint32_t toBits,
+                      bool pastCaches) {
+  const auto shift = pastCaches ? ShiftBytesToWords<true> : ShiftBytesToWords<false>;
+  shift(from, to, stepCount, static_cast<int>(toBits - fromBits));
+}
+
+void ReadWordsAsBytes(const uint8_t* from, uint8_t* to, size_t stepCount, uint32_t fromBits, uint32_t toBits,
+                      bool pastCaches) {
+  const auto shift = pastCaches ? ShiftWordsToBytes<true> : ShiftWordsToBytes<false>;
+  shift(from, to, stepCount, static_cast<int>(fromBits - toBits));
+}
+
+void ReadWordsAsWords(const uint8_t* from, uint8_t* to, size_t stepCount, uint32_t fromBits, uint32_t toBits,
+                      bool pastCaches) {
+  const auto shift = pastCaches ? ShiftWords<true> : ShiftWords<false>;
+  const int left = toBits > fromBits ? static_cast<int>(toBits - fromBits) : 0;
+  const int right = toBits < fromBits ? static_cast<int>(fromBits - toBits) : 0;
+  shift(from, to, stepCount, left, right);
+}
+
+}  // namespace
+
+// In the order of SampleLayout.
+extern const SampleKernels kSampleKernels = {
+    .readBytes = {ReadBytesAsBytes, ReadWordsAsBytes, ReadPackedAsBytes<NoAlignment<10>>,
+                  ReadPackedAsBytes<NoAlignment<12>>, ReadPackedAsBytes<Mipi<10>>, ReadPackedAsBytes<Mipi<12>>},
+    .readWords = {ReadBytesAsWords, ReadWordsAsWords, ReadPackedAsWords<NoAlignment<10>>,
+                  ReadPackedAsWords<NoAlignment<12>>, ReadPackedAsWords<Mipi<10>>, ReadPackedAsWords<Mipi<12>>},
+};
+
+}  // namespace img::processing::KORVEL_VECTORS
