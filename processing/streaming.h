@@ -1,6 +1,8 @@
 // When to write past the caches.
 #pragma once
 
+#include <xmmintrin.h>
+
 #include <cstddef>
 
 namespace img::processing {
@@ -12,5 +14,8 @@ namespace img::processing {
 inline constexpr size_t kSmallestStreamedOutput = 12'000'000;
 
 constexpr bool ShouldStream(size_t outputByteCount) { return outputByteCount >= kSmallestStreamedOutput; }
+
+// After the last of a call's stores past the caches: whoever is handed the memory sees it in any order of loads.
+inline void EndStreaming() { _mm_sfence(); }
 
 }  // namespace img::processing

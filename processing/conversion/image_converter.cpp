@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <functional>
 #include <sstream>
 #include <string>
 #include <utility>
@@ -45,7 +46,9 @@ constexpr const char* kBufferFormLocation =
 
 ImageConverter::ImageConverter(std::shared_ptr<buffer::IfcMultiFormatBufferPool> pool,
                                const ProcessorFeatures& features)
-    : pool_(std::move(pool)), debayeringOptimized_(std::make_shared<DebayeringOptimized>(features)) {}
+    : pool_(std::move(pool)),
+      debayeringOptimized_(std::make_shared<DebayeringOptimized>(features)),
+      streamConversion_(features) {}
 
 IfcConversionProcessingModule& ImageConverter::GetBayerConverter(PixelFormatId input, PixelFormatId output) const {
   if (PixelFormatInfo_Type(input) == PixelType::Bayer) {
@@ -117,6 +120,23 @@ std::shared_ptr<IfcImage> ImageConverter::Convert(const std::shared_ptr<IfcImage
   return output;
 }
 
+std::shared_ptr<IfcImage> ImageConverter::ConvertAtOnce(IfcImage& input, PixelFormatId output) const {
+  if (!streamConversion_.Takes(input, output)) return nullptr;
+  std::shared_ptr<IfcImage> result = pool_->AllocBuffer(output, input.Area().size)->CreateImage();
+  streamConversion_.Convert(input, output, result->PixelPointer(0, 0));
+  return result;
+}
+
+bool ImageConverter::ConvertAtOnce(IfcImage& input, PixelFormatId output, uint8_t* buffer, size_t size) const {
+  if (!streamConversion_.Takes(input, output)) return false;
+  const Size2D& area = input.Area().size;
+  if (size != PixelFormatInfo_CalcSizeOfPixels(output, area.width * area.height)) return false;
+  const uint8_t* const pixels = input.PixelPointer(0, 0);
+  if (std::less<>()(buffer, pixels + input.ByteCount()) && std::less<>()(pixels, buffer + size)) return false;
+  streamConversion_.Convert(input, output, buffer);
+  return true;
+}
+
 std::shared_ptr<IfcImage> ImageConverter::ConvertDepth(const std::shared_ptr<IfcImage>& input,
                                                        PixelFormatId format) const {
   return Convert(input, depth_, {input->Area(), format});
@@ -146,6 +166,8 @@ std::shared_ptr<IfcImage> ImageConverter::ConvertPixelFormat(const std::shared_p
   constexpr const char* kLocation =
       "std::shared_ptr<img::IfcImage> img::processing::ImageConverter::ConvertPixelFormat(const "
       "std::shared_ptr<img::IfcImage> &, const img::PixelFormatId) const";
+  if (std::shared_ptr<IfcImage> result = ConvertAtOnce(*input, output)) return result;
+
   std::shared_ptr<IfcImage> stage = input;
   const auto format = [&stage] { return stage->PixelFormat(); };
   const auto imageFormat = [&stage] { return ImageFormat{stage->Area(), stage->PixelFormat()}; };
@@ -208,6 +230,7 @@ void ImageConverter::ConvertPixelFormat(const std::shared_ptr<IfcImage>& input, 
                                     buffer, size, output, mode)) {
     return;
   }
+  if (ConvertAtOnce(*input, output, buffer, size)) return;
 
   const std::shared_ptr<const IfcImage> result = ConvertPixelFormat(input, output);
   const Size2D& resultSize = result->Area().size;

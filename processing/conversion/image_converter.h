@@ -20,6 +20,7 @@
 #include "processing/conversion/convert_pixel_depth.h"
 #include "processing/conversion/copy_converter.h"
 #include "processing/conversion/debayering_optimized.h"
+#include "processing/conversion/stream_conversion.h"
 #include "processing/conversion/unpack_packed.h"
 
 namespace img::processing {
@@ -53,8 +54,9 @@ class ImageConverter {
   // NotImplementedUtilx if the chain doesn't lead there. Changes the input only where a flip is the first stage.
   std::shared_ptr<IfcImage> ConvertPixelFormat(const std::shared_ptr<IfcImage>& input, PixelFormatId output) const;
 
-  // The same into the caller's memory. A fast path that does the whole conversion writes there directly; otherwise size
-  // must be the exact byte count of the result. In mode Classic, throws Error for formats without that kernel.
+  // The same into the caller's memory. A fast path from Bayer that does the whole conversion writes there directly;
+  // otherwise size must be the exact byte count of the result. In mode Classic, throws Error for formats without that
+  // kernel.
   void ConvertPixelFormat(const std::shared_ptr<IfcImage>& input, PixelFormatId output, uint8_t* buffer,
                           size_t size) const;
 
@@ -67,6 +69,11 @@ class ImageConverter {
   std::vector<PixelFormatId> GetSupportedOutputPixelFormats(PixelFormatId input) const;
 
  private:
+  // Converts in one pass into an image from the pool. Null if that can't be done; then nothing is touched.
+  std::shared_ptr<IfcImage> ConvertAtOnce(IfcImage& input, PixelFormatId output) const;
+  // The same into memory that must not overlap the input's.
+  bool ConvertAtOnce(IfcImage& input, PixelFormatId output, uint8_t* buffer, size_t size) const;
+
   std::shared_ptr<IfcImage> ConvertDepth(const std::shared_ptr<IfcImage>& input, PixelFormatId format) const;
 
   // The modules change their inner instances as formats change.
@@ -92,6 +99,7 @@ class ImageConverter {
   mutable UnpackPacked unpack_;
   std::atomic<uint32_t> conversionMode_ = kConversionModeFast;
   std::shared_ptr<DebayeringOptimized> debayeringOptimized_;
+  StreamConversion streamConversion_;
 };
 
 }  // namespace img::processing

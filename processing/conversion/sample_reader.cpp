@@ -69,7 +69,8 @@ SampleReader::SampleReader(const FormatFacts& format, const uint8_t* stream, siz
       streamDepth_(format.significantBits),
       depth_(depth),
       samplesPerGroup_(GroupOf(layout_).samples),
-      bytesPerGroup_(GroupOf(layout_).bytes) {
+      bytesPerGroup_(GroupOf(layout_).bytes),
+      isAsWanted_(!format.IsPacked() && format.significantBits == depth) {
   if (const SampleKernels* const kernels = FindSampleKernels(set)) {
     vectors_ = (depth == 8 ? kernels->readBytes : kernels->readWords)[static_cast<size_t>(layout_)];
   }
@@ -83,6 +84,12 @@ void SampleReader::Read(size_t first, size_t count, uint8_t* to) const {
   }
 }
 
+const uint8_t* SampleReader::Find(size_t first, size_t count, uint8_t* scratch) const {
+  if (isAsWanted_) return GroupAt(first);
+  Read(first, count, scratch);
+  return scratch;
+}
+
 void SampleReader::ReadAll(uint8_t* to) const {
   if (vectors_ == nullptr || !ShouldStream(sampleCount_ * BytesPerSample())) return Read(0, sampleCount_, to);
   // Whole groups come first until the output is aligned; where they never lead there, stores are ordinary ones.
@@ -94,6 +101,7 @@ void SampleReader::ReadAll(uint8_t* to) const {
   if (!isAligned()) return Read(0, sampleCount_, to);
   ReadPlainly(0, head, to);
   ReadWithVectors(head, sampleCount_ - head, to + head * BytesPerSample(), true);
+  EndStreaming();
 }
 
 void SampleReader::ReadWithVectors(size_t first, size_t count, uint8_t* to, bool pastCaches) const {

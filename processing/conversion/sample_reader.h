@@ -28,6 +28,10 @@ class SampleReader {
   // alignment. first may lie within a group of a packed stream.
   void Read(size_t first, size_t count, uint8_t* to) const;
 
+  // The same samples where they lie in the stream, if they lie there as they are wanted; otherwise in scratch, which
+  // has room for them.
+  const uint8_t* Find(size_t first, size_t count, uint8_t* scratch) const;
+
   // Writes all samples, past the caches if they are many.
   void ReadAll(uint8_t* to) const;
 
@@ -50,6 +54,7 @@ class SampleReader {
   uint32_t depth_;
   size_t samplesPerGroup_;
   size_t bytesPerGroup_;
+  bool isAsWanted_;
   SampleKernels::Read vectors_ = nullptr;  // null for plain code
 };
 

@@ -1,9 +1,5 @@
 #include "processing/conversion/sample_vectors.h"
 
-#include <hwy/cache_control.h>
-
-#include <cstring>
-
 #include "processing/vectors.h"
 
 namespace img::processing::KORVEL_VECTORS {
@@ -23,12 +19,6 @@ constexpr size_t kBlocksPerStep = 4;
 constexpr size_t kBlockSamples = kSamplesPerStep / kBlocksPerStep;
 constexpr size_t kBlocksPerVector = kLanes / 16;
 constexpr size_t kVectorsPerStep = kBlocksPerStep / kBlocksPerVector;
-
-// Whoever is handed the memory sees what went past the caches in any order of loads.
-template <bool kPastCaches>
-HWY_INLINE void Finish() {
-  if constexpr (kPastCaches) hwy::FlushStream();
-}
 
 template <bool kPastCaches, class D, class V>
 HWY_INLINE void StoreVector(V vector, D d, uint8_t* to) {
@@ -172,7 +162,6 @@ void UnpackToWords(const uint8_t* from, uint8_t* to, size_t stepCount, uint32_t 
     store(3, step.template ToTop<3, 1>(from));
 #endif
   }
-  Finish<kPastCaches>();
 }
 
 // At a depth of 8 the high bytes are the samples.
@@ -192,7 +181,6 @@ void UnpackToBytes(const uint8_t* from, uint8_t* to, size_t stepCount) {
     store(1, step.template ToTop<2, 1>(from), step.template ToTop<3, 1>(from));
 #endif
   }
-  Finish<kPastCaches>();
 }
 
 template <bool kPastCaches>
@@ -200,7 +188,6 @@ void CopyBytesOf(const uint8_t* from, uint8_t* to, size_t byteCount) {
   for (size_t i = 0; i < byteCount; i += kLanes) {
     StoreVector<kPastCaches>(hn::LoadU(Bytes(), from + i), Bytes(), to + i);
   }
-  Finish<kPastCaches>();
 }
 
 template <bool kPastCaches>
@@ -211,7 +198,6 @@ void ShiftBytesToWords(const uint8_t* from, uint8_t* to, size_t stepCount, int l
     const VWords values = hn::PromoteTo(d, hn::LoadU(narrow, from + i));
     StoreVector<kPastCaches>(hn::ShiftLeftSame(values, left), d, to + i * sizeof(uint16_t));
   }
-  Finish<kPastCaches>();
 }
 
 // The low byte of each word shifted down, whatever the word holds.
@@ -227,7 +213,6 @@ void ShiftWordsToBytes(const uint8_t* from, uint8_t* to, size_t stepCount, int r
 #endif
     StoreVector<kPastCaches>(bytes, Bytes(), to + i);
   }
-  Finish<kPastCaches>();
 }
 
 template <bool kPastCaches>
@@ -236,7 +221,84 @@ void ShiftWords(const uint8_t* from, uint8_t* to, size_t stepCount, int left, in
   for (size_t i = 0; i < stepCount * kSamplesPerStep * sizeof(uint16_t); i += kLanes) {
     StoreVector<kPastCaches>(hn::ShiftRightSame(hn::ShiftLeftSame(LoadWords(from + i), left), right), d, to + i);
   }
-  Finish<kPastCaches>();
+}
+
+// From 16 bytes of samples come as many blocks of 16 bytes as a pixel has channels. Every channel is a shuffle away;
+// the fourth takes no sample's byte.
+template <size_t kSampleBytes, size_t kChannels>
+struct ExtensionTables {
+  alignas(32) uint8_t shuffles[kChannels][kLanes] = {};
+  alignas(32) uint8_t opaque[kLanes] = {};
+
+  constexpr ExtensionTables() {
+    for (size_t i = 0; i < kChannels * kLanes; ++i) {
+      const size_t inBlocks = i % (kChannels * 16);
+      const size_t sample = inBlocks / (kChannels * kSampleBytes);
+      const size_t channel = inBlocks / kSampleBytes % kChannels;
+      const size_t byte = inBlocks % kSampleBytes;
+      shuffles[i / kLanes][i % kLanes] =
+          channel == 3 ? uint8_t{0x80} : static_cast<uint8_t>(sample * kSampleBytes + byte);
+      if (i < kLanes && channel == 3 && byte == 0) opaque[i] = 255;
+    }
+  }
+};
+
+template <size_t kSampleBytes, size_t kChannels>
+constexpr ExtensionTables<kSampleBytes, kChannels> kExtensionTables{};
+
+template <size_t kSampleBytes, size_t kChannels, bool kPastCaches>
+void ExtendSamples(const uint8_t* from, uint8_t* to, size_t stepCount) {
+  constexpr const auto& kTables = kExtensionTables<kSampleBytes, kChannels>;
+  const Bytes d;
+  const VBytes opaque = hn::Load(d, kTables.opaque);
+  const uint8_t* const end = from + stepCount * kSamplesPerStep * kSampleBytes;
+  for (; from < end; from += kLanes, to += kChannels * kLanes) {
+    for (size_t i = 0; i < kChannels; ++i) {
+      const size_t first = i * kBlocksPerVector / kChannels;
+      const size_t last = (i * kBlocksPerVector + kBlocksPerVector - 1) / kChannels;
+      const VBytes samples = LoadBlocks(from + first * 16, from + last * 16);
+      VBytes pixels = hn::TableLookupBytesOr0(samples, hn::Load(d, kTables.shuffles[i]));
+      if constexpr (kChannels == 4) pixels = hn::Or(pixels, opaque);
+      StoreVector<kPastCaches>(pixels, d, to + i * kLanes);
+    }
+  }
+}
+
+// Which of the channels that a vector begins with, 0 to 2, are the first, the second and the third of a pixel, for the
+// three vectors after which the pattern comes again.
+template <size_t kSampleBytes>
+struct SwapMasks {
+  alignas(32) uint8_t channels[3][3][kLanes] = {};
+
+  constexpr SwapMasks() {
+    for (size_t i = 0; i < 3 * kLanes; ++i) channels[i / kLanes][i / kSampleBytes % 3][i % kLanes] = 0xFF;
+  }
+};
+
+template <size_t kSampleBytes>
+constexpr SwapMasks<kSampleBytes> kSwapMasks{};
+
+// A first channel comes from two samples further on, a third one from two before. All loads of three vectors come
+// before their stores, which may be to where they came from; what the loads reach beyond whole pixels isn't used.
+template <size_t kSampleBytes, bool kPastCaches, bool kTwice>
+void SwapChannels(const uint8_t* from, uint8_t* to, uint8_t* also, size_t stepCount) {
+  constexpr const auto& kMasks = kSwapMasks<kSampleBytes>.channels;
+  constexpr size_t kDistance = 2 * kSampleBytes;
+  const Bytes d;
+  for (size_t i = 0; i < stepCount * kSamplesPerStep * 3 * kSampleBytes; i += 3 * kLanes) {
+    VBytes pixels[3];
+    for (size_t k = 0; k < 3; ++k) {
+      const uint8_t* const at = from + i + k * kLanes;
+      const VBytes first = hn::And(hn::LoadU(d, at + kDistance), hn::Load(d, kMasks[k][0]));
+      const VBytes second = hn::And(hn::LoadU(d, at), hn::Load(d, kMasks[k][1]));
+      const VBytes third = hn::And(hn::LoadU(d, at - kDistance), hn::Load(d, kMasks[k][2]));
+      pixels[k] = hn::Or(hn::Or(first, second), third);
+    }
+    for (size_t k = 0; k < 3; ++k) {
+      StoreVector<kPastCaches>(pixels[k], d, to + i + k * kLanes);
+      if constexpr (kTwice) hn::StoreU(pixels[k], d, also + i + k * kLanes);
+    }
+  }
 }
 
 // The kernels as their callers know them.
@@ -278,14 +340,32 @@ void ReadWordsAsWords(const uint8_t* from, uint8_t* to, size_t stepCount, uint32
   shift(from, to, stepCount, left, right);
 }
 
+template <size_t kSampleBytes, size_t kChannels>
+void Extend(const uint8_t* from, uint8_t* to, size_t stepCount, bool pastCaches) {
+  const auto extend =
+      pastCaches ? ExtendSamples<kSampleBytes, kChannels, true> : ExtendSamples<kSampleBytes, kChannels, false>;
+  extend(from, to, stepCount);
+}
+
+template <size_t kSampleBytes>
+void Swap(const uint8_t* from, uint8_t* to, uint8_t* also, size_t stepCount, bool pastCaches) {
+  const auto once = pastCaches ? SwapChannels<kSampleBytes, true, false> : SwapChannels<kSampleBytes, false, false>;
+  const auto twice = pastCaches ? SwapChannels<kSampleBytes, true, true> : SwapChannels<kSampleBytes, false, true>;
+  (also == nullptr ? once : twice)(from, to, also, stepCount);
+}
+
 }  // namespace
 
-// In the order of SampleLayout.
+// The readers in the order of SampleLayout.
 extern const SampleKernels kSampleKernels = {
     .readBytes = {ReadBytesAsBytes, ReadWordsAsBytes, ReadPackedAsBytes<NoAlignment<10>>,
                   ReadPackedAsBytes<NoAlignment<12>>, ReadPackedAsBytes<Mipi<10>>, ReadPackedAsBytes<Mipi<12>>},
     .readWords = {ReadBytesAsWords, ReadWordsAsWords, ReadPackedAsWords<NoAlignment<10>>,
                   ReadPackedAsWords<NoAlignment<12>>, ReadPackedAsWords<Mipi<10>>, ReadPackedAsWords<Mipi<12>>},
+    .extendBytes = {Extend<1, 3>, Extend<1, 4>},
+    .extendWords = {Extend<2, 3>, Extend<2, 4>},
+    .swapBytes = Swap<1>,
+    .swapWords = Swap<2>,
 };
 
 }  // namespace img::processing::KORVEL_VECTORS

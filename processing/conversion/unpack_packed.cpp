@@ -188,6 +188,8 @@ constexpr auto BaseOf() {
 template <PixelFormatId in, PixelFormatId out>
 class TUnpackPacked : public decltype(BaseOf<in, out>())::type {};
 
+}  // namespace
+
 PixelClass UnpackedClass(PixelClass packedClass) {
   switch (packedClass) {
     case PixelClass::RGB10p32:
@@ -208,8 +210,6 @@ PixelClass UnpackedClass(PixelClass packedClass) {
       return PixelClass::None;
   }
 }
-
-}  // namespace
 
 ImageFormat UnpackPacked::GetOutputImageFormat(const ImageFormat& input) {
   return {input.area,

@@ -8,6 +8,9 @@
 
 namespace img::processing {
 
+// The class that images of a packed class get; None for any other class.
+PixelClass UnpackedClass(PixelClass packedClass);
+
 class UnpackPacked final : public Wrapper_ConversionProcessingModule {
  public:
   bool IsInputFormatSupported(PixelFormatId format) override { return PixelFormatInfo_IsPacked(format); }
