@@ -314,7 +314,6 @@ void FORMaviHandler::FixUp() {
   root_->SumSizes();
 }
 
-
 bool FORMaviHandler::HasRoomFor(size_t frameSize) const {
   if (!root_ || movi_ == nullptr || frameSize > kLargestSize) return false;
   const uint64_t length = RIFFchunk::LengthOf(static_cast<uint32_t>(frameSize));

@@ -85,8 +85,7 @@ AviLegacy::~AviLegacy() {
 }
 
 void AviLegacy::openFile(const std::string& path, std::error_code& error) {
-  const std::lock_guard lock(fileMutex_);
-  const std::lock_guard newFile(newFileMutex);
+  const std::scoped_lock lock(fileMutex_, newFileMutex);  // in no order
   if (Exists(path)) {
     error = MakeErrorCode(VideoStatus::CouldNotAccess);
     return;
