@@ -1,7 +1,9 @@
 // KORVEL_Image_Clone, _ConvertTo and _ConvertToBuffer: conversions of single images, each by a converter of its own.
 
-#include <cstring>
+#include <utility>
+#include <vector>
 
+#include "api/buffer_pools.h"
 #include "api/converters.h"
 #include "api/export_frame.h"
 #include "api/handle_registry.h"
@@ -17,16 +19,16 @@ using korvel::internal::HoldsResult;
 using korvel::internal::kBuffersOfAConverter;
 using korvel::internal::kBuffersOfOneResult;
 using korvel::internal::kSuccess;
+using korvel::internal::MakeBufferPool;
 using korvel::internal::MakeConverter;
 using korvel::internal::RegisterImage;
 
 namespace {
 
-// A copy in memory of its own, so that a result doesn't keep a throw-away pool alive.
+// A copy in memory of its own.
 std::shared_ptr<IfcImageBuffer> CopyOutOfPool(const IfcImageBuffer& buffer) {
-  auto copy = img::buffer::VectorImageBuffer::AllocBuffer(buffer.Format(), buffer.Size());
-  if (buffer.ByteCount() != 0) std::memcpy(copy->Data(), buffer.Data(), buffer.ByteCount());
-  return copy;
+  return img::buffer::VectorImageBuffer::CreateBuffer(
+      buffer.Format(), std::vector<uint8_t>(buffer.Data(), buffer.Data() + buffer.ByteCount()), buffer.Size());
 }
 
 }  // namespace
@@ -48,9 +50,13 @@ KORVEL_RETURN_CODE KORVEL_Image_ConvertTo(KORVEL_IMAGE_HANDLE imageHandle, uint3
     const auto buffer = FindImage(imageHandle);
     KORVEL_REQUIRE_HANDLE(buffer, imageHandle);
     KORVEL_REQUIRE_POINTER(outputImageHandle);
-    const auto converter = MakeConverter(kBuffersOfOneResult);
-    converter->SetConversionMode(conversionMode);
-    *outputImageHandle = RegisterImage(CopyOutOfPool(*ConvertBuffer(*converter, *buffer, outputPixelFormat)));
+    const auto pool = MakeBufferPool(kBuffersOfOneResult);
+    img::processing::ImageConverter converter(pool);
+    converter.SetConversionMode(conversionMode);
+    std::shared_ptr<IfcImageBuffer> result = ConvertBuffer(converter, *buffer, outputPixelFormat);
+    // A result keeps its pool alive, which must not keep the memory of intermediates.
+    if (pool->NumBuffers() != 1) result = CopyOutOfPool(*result);
+    *outputImageHandle = RegisterImage(std::move(result));
     return kSuccess;
   });
 }

@@ -15,6 +15,11 @@ class IfcBufferPool : public IfcBufferFactory {
   virtual void Reset() = 0;
   virtual void WaitUntilAllFree() = 0;
 
+  // As AllocBuffer, for a taker that writes every byte: memory that is new isn't zeroed first.
+  virtual std::shared_ptr<IfcImageBuffer> AllocBufferToFill(PixelFormatId format, const Size2D& size) {
+    return AllocBuffer(format, size);
+  }
+
   virtual size_t NumBuffers() const = 0;
   virtual size_t NumBuffersInUse() const = 0;
   virtual size_t TotalByteCount() const = 0;
@@ -37,6 +42,9 @@ class IfcFixedFormatBufferPool : public IfcBufferPool, public std::enable_shared
 
   // Makes buffers until there are that many; never fewer.
   virtual void SetNumBuffersWanted(size_t numBuffers) = 0;
+
+  // Zeroes what is free and new, so that whoever takes it later finds memory that the system has already given.
+  virtual void ZeroFreeBuffers() {}
 
   // Called by a pooled buffer at its end, with the key of its memory.
   virtual void ReleaseBuffer(size_t key) = 0;

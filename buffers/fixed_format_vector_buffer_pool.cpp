@@ -1,5 +1,9 @@
 #include "buffers/fixed_format_vector_buffer_pool.h"
 
+#include <sys/mman.h>
+#include <unistd.h>
+
+#include <cstring>
 #include <iterator>
 #include <utility>
 
@@ -10,6 +14,21 @@ namespace img::buffer {
 
 using korvel::internal::ImgStatusCode;
 using korvel::internal::ThrowStatus;
+
+namespace {
+
+// Blocks of this size come from the system anew each time, page by page.
+constexpr size_t kSmallestWithLargePages = size_t{32} << 20;
+
+// Asks for pages of 2 MB, of which taking one costs little more than one of 4 KB. The system may not have them.
+void AskForLargePages(uint8_t* bytes, size_t byteCount) {
+  const auto pageSize = static_cast<uintptr_t>(sysconf(_SC_PAGESIZE));
+  const auto address = reinterpret_cast<uintptr_t>(bytes);
+  const uintptr_t begin = (address + pageSize - 1) / pageSize * pageSize;
+  madvise(bytes + (begin - address), byteCount - (begin - address), MADV_HUGEPAGE);
+}
+
+}  // namespace
 
 FixedFormatVectorBufferPool::FixedFormatVectorBufferPool(size_t bufferByteCount, size_t numBuffers, size_t bufferLimit,
                                                          std::weak_ptr<IfcBufferFactory> parent)
@@ -22,6 +41,17 @@ FixedFormatVectorBufferPool::FixedFormatVectorBufferPool(size_t bufferByteCount,
 
 std::shared_ptr<IfcImageBuffer> FixedFormatVectorBufferPool::AllocBuffer(PixelFormatId format, const Size2D& size) {
   const std::lock_guard lock(mutex_);
+  return AllocBuffer(format, size, true);
+}
+
+std::shared_ptr<IfcImageBuffer> FixedFormatVectorBufferPool::AllocBufferToFill(PixelFormatId format,
+                                                                               const Size2D& size) {
+  const std::lock_guard lock(mutex_);
+  return AllocBuffer(format, size, false);
+}
+
+std::shared_ptr<IfcImageBuffer> FixedFormatVectorBufferPool::AllocBuffer(PixelFormatId format, const Size2D& size,
+                                                                         bool isZeroed) {
   const size_t byteCount = PixelFormatInfo_CalcSizeOfPixels(format, size.width * size.height);
   // A size whose bytes are right only because they wrap isn't.
   if (byteCount != bufferByteCount_ || !CheckedByteCount(*FindFacts(format), size)) {
@@ -34,9 +64,11 @@ std::shared_ptr<IfcImageBuffer> FixedFormatVectorBufferPool::AllocBuffer(PixelFo
   std::shared_ptr<IfcFixedFormatBufferPool> self = shared_from_this();
   if (freeList_.empty()) MakeFreeBuffer();
   const size_t key = freeList_.back();
+  Memory& memory = storage_.at(key);
   // The memory leaves the free list only once its new holder exists.
-  auto made = PooledImageBuffer::CreateBuffer(format, storage_.at(key).empty() ? nullptr : storage_.at(key).data(),
-                                              size, key, std::move(self), parent_.lock());
+  auto made = PooledImageBuffer::CreateBuffer(format, memory.bytes.get(), size, key, std::move(self), parent_.lock());
+  if (memory.isNew && isZeroed) Zero(memory);
+  memory.isNew = false;
   nodesInUse_.splice(nodesInUse_.end(), freeList_, std::prev(freeList_.end()));
   return made;
 }
@@ -47,10 +79,17 @@ size_t FixedFormatVectorBufferPool::AllocBuffer() {
                                              "size_t img::buffer::FixedFormatVectorBufferPool::AllocBuffer()",
                                              "Buffer pool exhausted! (Reached buffer limit)");
   }
-  std::vector<uint8_t> memory(bufferByteCount_);
-  const auto key = reinterpret_cast<size_t>(memory.empty() ? nullptr : memory.data());
-  storage_.emplace(key, std::move(memory));
+  std::unique_ptr<uint8_t[]> bytes;
+  if (bufferByteCount_ != 0) bytes = std::make_unique_for_overwrite<uint8_t[]>(bufferByteCount_);
+  if (bufferByteCount_ >= kSmallestWithLargePages) AskForLargePages(bytes.get(), bufferByteCount_);
+  const auto key = reinterpret_cast<size_t>(bytes.get());
+  storage_.try_emplace(key, Memory{.bytes = std::move(bytes)});
   return key;
+}
+
+void FixedFormatVectorBufferPool::Zero(Memory& memory) const {
+  if (bufferByteCount_ != 0) std::memset(memory.bytes.get(), 0, bufferByteCount_);
+  memory.isNew = false;
 }
 
 void FixedFormatVectorBufferPool::MakeFreeBuffer() {
@@ -99,6 +138,14 @@ void FixedFormatVectorBufferPool::SetNumBuffersWanted(size_t numBuffers) {
   const std::lock_guard lock(mutex_);
   numBuffersWanted_ = numBuffers;
   MakeFreeBuffers(numBuffers);
+}
+
+void FixedFormatVectorBufferPool::ZeroFreeBuffers() {
+  const std::lock_guard lock(mutex_);
+  for (const size_t key : freeList_) {
+    Memory& memory = storage_.at(key);
+    if (memory.isNew) Zero(memory);
+  }
 }
 
 void FixedFormatVectorBufferPool::ReleaseBuffer(size_t key) {

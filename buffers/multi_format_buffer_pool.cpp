@@ -13,6 +13,15 @@ MultiFormatBufferPool::MultiFormatBufferPool(std::shared_ptr<IfcFixedFormatBuffe
     : factory_(std::move(factory)), defaultNumBuffers_(defaultNumBuffers) {}
 
 std::shared_ptr<IfcImageBuffer> MultiFormatBufferPool::AllocBuffer(PixelFormatId format, const Size2D& size) {
+  return FindOrMakePool(format, size)->AllocBuffer(format, size);
+}
+
+std::shared_ptr<IfcImageBuffer> MultiFormatBufferPool::AllocBufferToFill(PixelFormatId format, const Size2D& size) {
+  return FindOrMakePool(format, size)->AllocBufferToFill(format, size);
+}
+
+std::shared_ptr<IfcFixedFormatBufferPool> MultiFormatBufferPool::FindOrMakePool(PixelFormatId format,
+                                                                                const Size2D& size) {
   const size_t byteCount = ByteCountToAllocate(format, size);
   std::shared_ptr<IfcFixedFormatBufferPool> pool = FindPool(byteCount);
   if (!pool) {
@@ -20,7 +29,7 @@ std::shared_ptr<IfcImageBuffer> MultiFormatBufferPool::AllocBuffer(PixelFormatId
     const size_t mostBuffers = MostAllocations(byteCount, TotalByteCount());
     pool = MakePool(byteCount, std::min(DefaultNumBuffers(), mostBuffers));
   }
-  return pool->AllocBuffer(format, size);
+  return pool;
 }
 
 std::shared_ptr<IfcFixedFormatBufferPool> MultiFormatBufferPool::FindPool(size_t byteCount) const {
@@ -85,6 +94,7 @@ size_t MultiFormatBufferPool::PreAllocate(PixelFormatId format, const Size2D& si
   std::shared_ptr<IfcFixedFormatBufferPool> pool = FindPool(byteCount);
   if (!pool) pool = MakePool(byteCount, numBuffers);
   if (pool->NumBuffers() < numBuffers) pool->SetNumBuffersWanted(numBuffers);
+  pool->ZeroFreeBuffers();
   return pool->NumBuffers();
 }
 

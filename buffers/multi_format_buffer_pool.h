@@ -16,6 +16,7 @@ class MultiFormatBufferPool final : public IfcMultiFormatBufferPool {
 
   // Throws as PixelFormatInfo_CalcSizeOfPixels does for an unknown id, std::bad_alloc if the memory can't be had.
   std::shared_ptr<IfcImageBuffer> AllocBuffer(PixelFormatId format, const Size2D& size) override;
+  std::shared_ptr<IfcImageBuffer> AllocBufferToFill(PixelFormatId format, const Size2D& size) override;
 
   // Lets the fixed pools go; buffers in use live on, each keeping its pool alive.
   void Reset() override;
@@ -26,6 +27,7 @@ class MultiFormatBufferPool final : public IfcMultiFormatBufferPool {
   size_t PreAllocate(PixelFormatId format, const Size2D& size, size_t numBuffers) override;
 
  private:
+  std::shared_ptr<IfcFixedFormatBufferPool> FindOrMakePool(PixelFormatId format, const Size2D& size);
   // Null if there is none yet.
   std::shared_ptr<IfcFixedFormatBufferPool> FindPool(size_t byteCount) const;
   std::shared_ptr<IfcFixedFormatBufferPool> MakePool(size_t byteCount, size_t numBuffers);

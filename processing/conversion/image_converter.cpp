@@ -122,7 +122,7 @@ std::shared_ptr<IfcImage> ImageConverter::Convert(const std::shared_ptr<IfcImage
 
 std::shared_ptr<IfcImage> ImageConverter::ConvertAtOnce(IfcImage& input, PixelFormatId output) const {
   if (!streamConversion_.Takes(input, output)) return nullptr;
-  std::shared_ptr<IfcImage> result = pool_->AllocBuffer(output, input.Area().size)->CreateImage();
+  std::shared_ptr<IfcImage> result = pool_->AllocBufferToFill(output, input.Area().size)->CreateImage();
   streamConversion_.Convert(input, output, result->PixelPointer(0, 0));
   return result;
 }

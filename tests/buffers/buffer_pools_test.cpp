@@ -1,6 +1,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <atomic>
 #include <chrono>
 #include <functional>
@@ -208,6 +209,49 @@ TEST(FixedPool, ClearsNewMemoryAndNotReusedMemory) {
   }
   const BufferPtr buffer = pool->AllocBuffer(RGB8, {2, 2});
   EXPECT_THAT(Bytes(buffer->Data(), buffer->Data() + 12), Each(0xA5));
+}
+
+// Leaves memory of a size that isn't zero to whoever asks for such a size next.
+void LeaveDirtyMemory(size_t byteCount) {
+  std::vector<std::vector<uint8_t>> blocks;
+  for (int i = 0; i < 20; ++i) blocks.emplace_back(byteCount, uint8_t{0xEE});
+}
+
+TEST(FixedPool, ZeroesMemoryThatItMadeAndNeverHandedOut) {
+  LeaveDirtyMemory(100);
+  const auto pool = FixedPool(100, 3, 5);
+  const BufferPtr filled = pool->AllocBufferToFill(Mono8, {10, 10});
+  EXPECT_EQ(filled->Size(), (Size2D{10, 10}));
+  EXPECT_EQ(filled->Format(), Mono8);
+  std::vector<BufferPtr> buffers;
+  for (int i = 0; i < 4; ++i) {
+    buffers.push_back(pool->AllocBuffer(Mono8, {10, 10}));
+    EXPECT_THAT(std::vector<uint8_t>(buffers.back()->Data(), buffers.back()->Data() + 100), Each(0)) << i;
+  }
+  EXPECT_EQ(LocatedFailureOf([&] { pool->AllocBufferToFill(Mono8, {10, 10}); }), kExhausted);
+}
+
+TEST(FixedPool, ZeroesItsFreeMemoryAheadOfTime) {
+  LeaveDirtyMemory(100);
+  const auto pool = FixedPool(100, 1, 2);
+  BufferPtr buffer = pool->AllocBufferToFill(Mono8, {10, 10});
+  buffer->Data()[5] = 7;
+  buffer.reset();
+  pool->SetNumBuffersWanted(2);
+  pool->ZeroFreeBuffers();
+  const BufferPtr made = pool->AllocBufferToFill(Mono8, {10, 10});
+  EXPECT_THAT(std::vector<uint8_t>(made->Data(), made->Data() + 100), Each(0));
+  EXPECT_EQ(pool->AllocBuffer(Mono8, {10, 10})->Data()[5], 7) << "what was in use isn't cleared";
+}
+
+// From a size on, memory is asked of the system in another way.
+TEST(FixedPool, HandsOutLargeMemory) {
+  constexpr size_t kLarge = (size_t{33} << 20) + 5;
+  const auto pool = FixedPool(kLarge, 1, 1);
+  const BufferPtr buffer = pool->AllocBuffer(Mono8, {kLarge, 1});
+  EXPECT_EQ(buffer->Data()[0], 0);
+  EXPECT_EQ(buffer->Data()[kLarge - 1], 0);
+  std::fill_n(buffer->Data(), kLarge, uint8_t{1});
 }
 
 TEST(FixedPool, KeepsMemoryInUseWhenTheFormatOfItsBufferChanges) {
@@ -634,6 +678,13 @@ TEST(MultiPool, AsksItsFactoryForAPoolWithoutALimitOnce) {
   pool->AllocBuffer(Mono8, {12, 1});
   pool->AllocBuffer(Mono8, {12, 1});
   EXPECT_THAT(factory->requests, ElementsAre(RecordingFactory::Request{12, 2, kMax, pool.get()}));
+}
+
+TEST(MultiPool, HandsOutMemoryToFillFromThePoolOfItsSize) {
+  const auto pool = MultiPool(1);
+  const uint8_t* const memory = pool->AllocBufferToFill(Mono8, {12, 1})->Data();
+  EXPECT_EQ(pool->AllocBuffer(RGB8, {2, 2})->Data(), memory);
+  EXPECT_EQ(pool->NumBuffers(), 1u);
 }
 
 TEST(MultiPool, AsksItsFactoryForTheNumberThatIsPreAllocated) {
