@@ -18,7 +18,6 @@ constexpr size_t kWordLanes = kLanes / sizeof(uint16_t);
 constexpr size_t kBlocksPerStep = 4;
 constexpr size_t kBlockSamples = kSamplesPerStep / kBlocksPerStep;
 constexpr size_t kBlocksPerVector = kLanes / 16;
-constexpr size_t kVectorsPerStep = kBlocksPerStep / kBlocksPerVector;
 
 template <bool kPastCaches, class D, class V>
 HWY_INLINE void StoreVector(V vector, D d, uint8_t* to) {

@@ -31,7 +31,7 @@ const std::vector<PixelFormatId> kFormats = {
 unsigned SampleOf(const FormatFacts& format, const Bytes& stream, size_t sampleCount, size_t i) {
   const uint32_t bits = format.significantBits;
   if (format.layout == img::PixelLayout::Unpacked) {
-    return bits == 8 ? stream[i] : stream[2 * i] | stream[2 * i + 1] << 8;
+    return bits == 8 ? stream[i] : unsigned{stream[2 * i]} | unsigned{stream[2 * i + 1]} << 8;
   }
   unsigned value = 0;
   if (format.layout == img::PixelLayout::NoAlignment) {
