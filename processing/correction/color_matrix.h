@@ -1,4 +1,5 @@
-// A matrix of colour factors applied to pixels: the one body of the simple path and of the vector path.
+// A matrix of colour factors applied to pixels, in plain code: the body of the simple path, and of the vector path
+// where the processor has no vectors and at the pixels that fill none.
 #pragma once
 
 #include <algorithm>

@@ -10,12 +10,22 @@ namespace {
 constexpr size_t kBlocks = KORVEL_VECTOR_BYTES / 16;
 constexpr size_t kPixels = 4 * kBlocks;  // of a vector of floats
 
+// Whether sums of bytes stay integers of 32 bits, so that the limits that come with narrowing are enough. No factor of
+// a camera is larger. False for what is not a number.
+bool AreSmall(const float* factors) {
+  constexpr float kLargest = 1e6f;
+  bool areSmall = true;
+  for (size_t i = 0; i < 9; ++i) areSmall = areSmall && factors[i] > -kLargest && factors[i] < kLargest;
+  return areSmall;
+}
+
 struct Matrix {
   Matrix(const float* f, float maximumValue) : maximum(hn::Set(kFloats, maximumValue)) {
     for (size_t i = 0; i < 9; ++i) factors[i] = hn::Set(kFloats, f[i]);
   }
 
-  // Not limited below yet.
+  // Not limited below yet, and above only if told.
+  template <bool isLimited = true>
   HWY_INLINE void Multiply(Integers (&colors)[3]) const {
     const Floats first = hn::ConvertTo(kFloats, colors[0]);
     const Floats second = hn::ConvertTo(kFloats, colors[1]);
@@ -23,7 +33,7 @@ struct Matrix {
     for (size_t i = 0; i < 3; ++i) {
       const Floats sum = hn::Add(hn::Add(hn::Mul(factors[3 * i], first), hn::Mul(factors[3 * i + 1], second)),
                                  hn::Mul(factors[3 * i + 2], third));
-      colors[i] = Rounded(LimitedAbove(sum, maximum));
+      colors[i] = Rounded(isLimited ? LimitedAbove(sum, maximum) : sum);
     }
   }
 
@@ -82,6 +92,7 @@ HWY_INLINE void StoreTwentyFours(Bytes first, Bytes second, uint8_t* address) {
 #endif
 }
 
+template <bool isLimited>
 size_t CorrectTripleBytes(const uint8_t* in, uint8_t* out, size_t count, const float* factors, float maximum) {
   const Matrix matrix(factors, maximum);
   const Order first({0, none, none, none, 3, none, none, none, 6, none, none, none, 9, none, none, none});
@@ -92,12 +103,13 @@ size_t CorrectTripleBytes(const uint8_t* in, uint8_t* out, size_t count, const f
   for (; i + kPixels <= count; i += kPixels) {
     const Integers bytes = hn::BitCast(kIntegers, LoadBlocks(in + 3 * i, 12));
     Integers colors[3] = {first.Of(bytes), second.Of(bytes), third.Of(bytes)};
-    matrix.Multiply(colors);
+    matrix.Multiply<isLimited>(colors);
     StoreTwelves(pixels.Of(LimitedBytes(colors[0], colors[1], colors[2], colors[2])), out + 3 * i);
   }
   return i;
 }
 
+template <bool isLimited>
 size_t CorrectQuadBytes(const uint8_t* in, uint8_t* out, size_t count, const float* factors, float maximum) {
   const Matrix matrix(factors, maximum);
   const Order second({1, none, none, none, 5, none, none, none, 9, none, none, none, 13, none, none, none});
@@ -108,7 +120,7 @@ size_t CorrectQuadBytes(const uint8_t* in, uint8_t* out, size_t count, const flo
   for (; i + kPixels <= count; i += kPixels) {
     const Integers bytes = hn::BitCast(kIntegers, hn::LoadU(kBytes, in + 4 * i));
     Integers colors[3] = {hn::And(bytes, lowest), second.Of(bytes), third.Of(bytes)};
-    matrix.Multiply(colors);
+    matrix.Multiply<isLimited>(colors);
     const hn::RebindToUnsigned<decltype(kIntegers)> unsignedIntegers;
     const Integers alpha = hn::BitCast(kIntegers, hn::ShiftRight<24>(hn::BitCast(unsignedIntegers, bytes)));
     hn::StoreU(pixels.Of(LimitedBytes(colors[0], colors[1], colors[2], alpha)), kBytes, out + 4 * i);
@@ -164,11 +176,19 @@ size_t CorrectTripleTens(const uint8_t* in, uint8_t* out, size_t count, const fl
   return i;
 }
 
+using OfBytes = size_t(const uint8_t* in, uint8_t* out, size_t count, const float* factors, float maximum);
+
+template <OfBytes limited, OfBytes unlimited>
+size_t CorrectBytes(const uint8_t* in, uint8_t* out, size_t count, const float* factors, float maximum) {
+  return (AreSmall(factors) ? unlimited : limited)(in, out, count, factors, maximum);
+}
+
 }  // namespace
 
-extern const ColorKernels kColorKernels = {.tripleBytes = CorrectTripleBytes,
-                                           .quadBytes = CorrectQuadBytes,
-                                           .tripleWords = CorrectTripleWords,
-                                           .tripleTens = CorrectTripleTens};
+extern const ColorKernels kColorKernels = {
+    .tripleBytes = CorrectBytes<CorrectTripleBytes<true>, CorrectTripleBytes<false>>,
+    .quadBytes = CorrectBytes<CorrectQuadBytes<true>, CorrectQuadBytes<false>>,
+    .tripleWords = CorrectTripleWords,
+    .tripleTens = CorrectTripleTens};
 
 }  // namespace img::processing::KORVEL_VECTORS
