@@ -23,13 +23,11 @@ using Words = hn::Vec<hn::ScalableTag<uint16_t>>;
 
 // Through the caches.
 struct Ordinary {
-  static constexpr bool kNeedsAlignment = false;
   static void Put(Bytes vector, uint8_t* to) { hn::StoreU(vector, kBytesTag, to); }
 };
 
 // Past the caches. Whoever is done with an output calls hwy::FlushStream.
 struct Streamed {
-  static constexpr bool kNeedsAlignment = true;
   static void Put(Bytes vector, uint8_t* to) { hn::Stream(vector, kBytesTag, to); }
 };
 
@@ -56,21 +54,6 @@ void PutBlocks(Bytes a, Bytes b, Bytes c, uint8_t* to) {
     Write::Put(hn::ConcatLowerLower(kBytesTag, b, a), to);
     Write::Put(hn::ConcatUpperLower(kBytesTag, a, c), to + 32);
     Write::Put(hn::ConcatUpperUpper(kBytesTag, c, b), to + 64);
-  }
-}
-
-template <class Write>
-void PutBlocks(Bytes a, Bytes b, Bytes c, Bytes e, uint8_t* to) {
-  if constexpr (KORVEL_VECTOR_BYTES == 16) {
-    Write::Put(a, to);
-    Write::Put(b, to + 16);
-    Write::Put(c, to + 32);
-    Write::Put(e, to + 48);
-  } else {
-    Write::Put(hn::ConcatLowerLower(kBytesTag, b, a), to);
-    Write::Put(hn::ConcatLowerLower(kBytesTag, e, c), to + 32);
-    Write::Put(hn::ConcatUpperUpper(kBytesTag, b, a), to + 64);
-    Write::Put(hn::ConcatUpperUpper(kBytesTag, e, c), to + 96);
   }
 }
 
@@ -118,6 +101,18 @@ struct Bytes3Layout {
   }
 };
 
+// Orders the groups of four bytes of a vector so that blocks which are interleaved twice come out side by side.
+template <class Vector>
+Vector Ordered(Vector channel) {
+  if constexpr (KORVEL_VECTOR_BYTES == 16) {
+    return channel;
+  } else {
+    alignas(32) static constexpr int32_t kOrder[8] = {0, 2, 4, 6, 1, 3, 5, 7};
+    const auto groups = hn::BitCast(kWords32Tag, channel);
+    return hn::BitCast(hn::DFromV<Vector>(), hn::TableLookupLanes(groups, hn::SetTableIndices(kWords32Tag, kOrder)));
+  }
+}
+
 struct Bytes4Layout {
   using Sample = uint8_t;
   using Vector = Bytes;
@@ -127,18 +122,19 @@ struct Bytes4Layout {
 
   template <class Write>
   void Store(Bytes first, Bytes second, Bytes third, uint8_t* to) const {
-    const Bytes alpha = hn::Set(kBytesTag, alpha_);
     const auto words = [](Bytes pairs) { return hn::BitCast(kWordsTag, pairs); };
     const auto front = [&](Bytes a, Bytes b) { return words(hn::InterleaveLower(kBytesTag, a, b)); };
     const auto back = [&](Bytes a, Bytes b) { return words(hn::InterleaveUpper(kBytesTag, a, b)); };
-    const auto bytes = [](Words pixels) { return hn::BitCast(kBytesTag, pixels); };
-    const Words lowA = front(first, second);
-    const Words lowB = front(third, alpha);
-    const Words highA = back(first, second);
-    const Words highB = back(third, alpha);
-    PutBlocks<Write>(
-        bytes(hn::InterleaveLower(kWordsTag, lowA, lowB)), bytes(hn::InterleaveUpper(kWordsTag, lowA, lowB)),
-        bytes(hn::InterleaveLower(kWordsTag, highA, highB)), bytes(hn::InterleaveUpper(kWordsTag, highA, highB)), to);
+    const auto put = [to](Words a, Words b, size_t at) {
+      Write::Put(hn::BitCast(kBytesTag, hn::InterleaveLower(kWordsTag, a, b)), to + at);
+      Write::Put(hn::BitCast(kBytesTag, hn::InterleaveUpper(kWordsTag, a, b)), to + at + KORVEL_VECTOR_BYTES);
+    };
+    const Bytes alpha = hn::Set(kBytesTag, alpha_);
+    const Bytes a = Ordered(first);
+    const Bytes b = Ordered(second);
+    const Bytes c = Ordered(third);
+    put(front(a, b), front(c, alpha), 0);
+    put(back(a, b), back(c, alpha), 2 * KORVEL_VECTOR_BYTES);
   }
 
   void StoreOne(uint32_t first, uint32_t second, uint32_t third, uint8_t* to) const {
@@ -200,18 +196,18 @@ struct Words4Layout {
 
   template <class Write>
   void Store(Words first, Words second, Words third, uint8_t* to) const {
-    const Words alpha = hn::Set(kWordsTag, alpha_);
     const auto front = [](Words a, Words b) { return hn::BitCast(kWords32Tag, hn::InterleaveLower(kWordsTag, a, b)); };
     const auto back = [](Words a, Words b) { return hn::BitCast(kWords32Tag, hn::InterleaveUpper(kWordsTag, a, b)); };
-    const auto bytes = [](auto pixels) { return hn::BitCast(kBytesTag, pixels); };
-    const auto lowA = front(first, second);
-    const auto lowB = front(third, alpha);
-    const auto highA = back(first, second);
-    const auto highB = back(third, alpha);
-    PutBlocks<Write>(bytes(hn::InterleaveLower(kWords32Tag, lowA, lowB)),
-                     bytes(hn::InterleaveUpper(kWords32Tag, lowA, lowB)),
-                     bytes(hn::InterleaveLower(kWords32Tag, highA, highB)),
-                     bytes(hn::InterleaveUpper(kWords32Tag, highA, highB)), to);
+    const auto put = [to](auto a, auto b, size_t at) {
+      Write::Put(hn::BitCast(kBytesTag, hn::InterleaveLower(kWords32Tag, a, b)), to + at);
+      Write::Put(hn::BitCast(kBytesTag, hn::InterleaveUpper(kWords32Tag, a, b)), to + at + KORVEL_VECTOR_BYTES);
+    };
+    const Words alpha = hn::Set(kWordsTag, alpha_);
+    const Words a = Ordered(first);
+    const Words b = Ordered(second);
+    const Words c = Ordered(third);
+    put(front(a, b), front(c, alpha), 0);
+    put(back(a, b), back(c, alpha), 2 * KORVEL_VECTOR_BYTES);
   }
 
   void StoreOne(uint32_t first, uint32_t second, uint32_t third, uint8_t* to) const {

@@ -26,42 +26,88 @@ uint32_t LoadOne(const uint8_t* line, size_t x) {
   return sample;
 }
 
-// Gives columns first to last - 1 to a kernel, which has
-//   Vectors<Write>(begin, end, to)  a whole number of vectors of columns
-//   One(x, to)                      a column
-// A last vector that isn't full covers columns again that are done; one that is streamed is written in part.
+// Calls a kernel for columns first to last - 1, whose pixels begin at to. It has
+//   Vectors(begin, end, to)  a whole number of vectors of columns
+//   One(x, to)               a column
+// A last vector that isn't full covers columns again that are done.
 template <class Kernel>
-void Walk(const Kernel& kernel, uint8_t* output, size_t first, size_t last, bool isStreamed) {
+void Convert(const Kernel& kernel, size_t first, size_t last, uint8_t* to) {
   constexpr size_t kLanes = Kernel::kLanes;
   constexpr size_t kPixel = Kernel::kPixelBytes;
   if (last < first + kLanes) {
-    for (size_t x = first; x < last; ++x) kernel.One(x, output + x * kPixel);
+    for (size_t x = first; x < last; ++x) kernel.One(x, to + (x - first) * kPixel);
     return;
   }
+  const size_t end = first + (last - first) / kLanes * kLanes;
+  kernel.Vectors(first, end, to);
+  if (end != last) kernel.Vectors(last - kLanes, last, to + (last - kLanes - first) * kPixel);
+}
+
+constexpr size_t kCacheLine = 64;
+
+// Copies whole cache lines past the caches, between addresses at the start of one.
+void StreamLines(const uint8_t* from, uint8_t* to, size_t byteCount) {
+  for (size_t i = 0; i < byteCount; i += KORVEL_VECTOR_BYTES) {
+    hn::Stream(hn::Load(kBytesTag, from + i), kBytesTag, to + i);
+  }
+}
+
+// The same past the caches, by way of a stage that stays in the nearest one. Streamed stores between the loads of the
+// kernel take a quarter longer than when they come in bursts, and so they have their alignment for any pixel and
+// address. What lies in cache lines that the columns share with others is stored as usual.
+template <class Kernel>
+void ConvertStreamed(const Kernel& kernel, uint8_t* output, size_t first, size_t last) {
+  constexpr size_t kLanes = Kernel::kLanes;
+  constexpr size_t kPixel = Kernel::kPixelBytes;
+  constexpr size_t kColumns = 2048 / kPixel / kCacheLine * kCacheLine;
+  // The head below and a full number of columns.
+  alignas(kCacheLine) uint8_t stage[kCacheLine * (1 + kPixel) + kColumns * kPixel];
+  uint8_t* const start = output + first * kPixel;
+  size_t begin = reinterpret_cast<uintptr_t>(start) % kCacheLine;  // of what the stage holds
+  size_t end = begin;
+  uint8_t* to = start - begin;  // where the stage's first byte goes
+
+  // Most vectors shall begin with a cache line: what is stored in one piece is loaded in one, without a wait.
+  size_t x = first;
+  size_t head = 0;
+  while (head < kCacheLine && reinterpret_cast<uintptr_t>(start + head * kPixel) % kCacheLine != 0) ++head;
+  if (head < kCacheLine && first + head + kLanes <= last) {
+    Convert(kernel, first, first + (head < kLanes ? kLanes : head), stage + begin);
+    x += head;
+    end += head * kPixel;
+  }
+
+  while (x < last) {
+    size_t count = last - x;
+    if (count > kColumns) count = count < kColumns + kLanes ? kColumns - kLanes : kColumns;  // leaves a full vector
+    Convert(kernel, x, x + count, stage + end);
+    x += count;
+    end += count * kPixel;
+    if (begin != 0 && end >= kCacheLine) {
+      std::memcpy(to + begin, stage + begin, kCacheLine - begin);
+      begin = kCacheLine;
+    }
+    const size_t whole = end / kCacheLine * kCacheLine;
+    if (whole != 0) {
+      StreamLines(stage + begin, to + begin, whole - begin);
+      std::memcpy(stage, stage + whole, end - whole);
+      begin = 0;
+      end -= whole;
+      to += whole;
+    }
+  }
+  std::memcpy(to + begin, stage + begin, end - begin);
+}
+
+template <class Kernel>
+void Walk(const Kernel& kernel, uint8_t* output, size_t first, size_t last, bool isStreamed) {
   if constexpr (Kernel::kCanStream) {
-    size_t begin = first;
-    const auto isAligned = [&] {
-      return reinterpret_cast<uintptr_t>(output + begin * kPixel) % KORVEL_VECTOR_BYTES == 0;
-    };
-    while (begin < first + kLanes && !isAligned()) ++begin;
-    if (isStreamed && isAligned() && begin + kLanes <= last) {
-      uint8_t part[kLanes * kPixel];
-      if (begin != first) {
-        kernel.template Vectors<Ordinary>(first, first + kLanes, part);
-        std::memcpy(output + first * kPixel, part, (begin - first) * kPixel);
-      }
-      const size_t end = begin + (last - begin) / kLanes * kLanes;
-      kernel.template Vectors<Streamed>(begin, end, output + begin * kPixel);
-      if (end != last) {
-        kernel.template Vectors<Ordinary>(last - kLanes, last, part);
-        std::memcpy(output + end * kPixel, part + (end + kLanes - last) * kPixel, (last - end) * kPixel);
-      }
+    if (isStreamed) {
+      ConvertStreamed(kernel, output, first, last);
       return;
     }
   }
-  const size_t end = first + (last - first) / kLanes * kLanes;
-  kernel.template Vectors<Ordinary>(first, end, output + first * kPixel);
-  if (end != last) kernel.template Vectors<Ordinary>(last - kLanes, last, output + (last - kLanes) * kPixel);
+  Convert(kernel, first, last, output + first * Kernel::kPixelBytes);
 }
 
 // The colours of a vector of columns.
@@ -179,12 +225,11 @@ class Bilinear {
 
   explicit Bilinear(const BilinearTask& task) : task_(task), layout_(task.alpha) {}
 
-  template <class Write>
   void Vectors(size_t begin, size_t end, uint8_t* to) const {
     if (begin % 2 == task_.ownColumn) {
-      Run<true, Write>(begin, end, to);
+      Run<true>(begin, end, to);
     } else {
-      Run<false, Write>(begin, end, to);
+      Run<false>(begin, end, to);
     }
   }
 
@@ -212,7 +257,7 @@ class Bilinear {
     }
   }
 
-  template <bool kStartsOwn, class Write>
+  template <bool kStartsOwn>
   HWY_NOINLINE void Run(size_t begin, size_t end, uint8_t* to) const {
     const BilinearTask task = task_;
     const Layout layout = layout_;
@@ -225,9 +270,9 @@ class Bilinear {
     };
     using Vector = typename Layout::Vector;
     if (task.isOwnFirst) {
-      walk([&](const Colours<Vector>& c) { layout.template Store<Write>(c.own, c.green, c.other, to); });
+      walk([&](const Colours<Vector>& c) { layout.template Store<Ordinary>(c.own, c.green, c.other, to); });
     } else {
-      walk([&](const Colours<Vector>& c) { layout.template Store<Write>(c.other, c.green, c.own, to); });
+      walk([&](const Colours<Vector>& c) { layout.template Store<Ordinary>(c.other, c.green, c.own, to); });
     }
   }
 
@@ -257,12 +302,11 @@ class Luminance {
 
   explicit Luminance(const BilinearTask& task) : task_(task) {}
 
-  template <class Write>
   void Vectors(size_t begin, size_t end, uint8_t* to) const {
     if (begin % 2 == task_.ownColumn) {
-      Run<true, Write>(begin, end, to);
+      Run<true>(begin, end, to);
     } else {
-      Run<false, Write>(begin, end, to);
+      Run<false>(begin, end, to);
     }
   }
 
@@ -296,13 +340,13 @@ class Luminance {
                                                        Weigh(high(red), high(colours.green), high(blue))));
   }
 
-  template <bool kStartsOwn, class Write>
+  template <bool kStartsOwn>
   HWY_NOINLINE void Run(size_t begin, size_t end, uint8_t* to) const {
     const BilinearTask task = task_;
     const auto walk = [&](auto isOwnRed) {
       for (size_t x = begin; x < end; x += kLanes) {
         const SplitColours split = BilinearBytes<kStartsOwn>(task.above + x, task.here + x, task.below + x);
-        Write::Put(Merge(Weigh(split.even, isOwnRed()), Weigh(split.odd, isOwnRed())), to);
+        Ordinary::Put(Merge(Weigh(split.even, isOwnRed()), Weigh(split.odd, isOwnRed())), to);
         to += kLanes;
       }
     };
@@ -320,6 +364,16 @@ void ConvertLuminance(const BilinearTask& task) {
   Walk(Luminance(task), task.output, task.first, task.last, task.isStreamed);
 }
 
+// Sums of two bytes each, multiplied by a pair of factors: the lower byte of factors goes to the even bytes.
+Words MultiplyPairs(Bytes bytes, uint16_t factors) {
+  const Words pairs = hn::Set(kWordsTag, factors);
+#if KORVEL_VECTOR_BYTES == 32
+  return Words{_mm256_maddubs_epi16(bytes.raw, pairs.raw)};
+#else
+  return Words{_mm_maddubs_epi16(bytes.raw, pairs.raw)};
+#endif
+}
+
 // Both planes of colours lie two columns apart. A column on a plane takes three parts of its own sample and one of the
 // next; a column beside it three of the next and one of the one before.
 template <class Layout>
@@ -331,7 +385,6 @@ class Classic {
 
   explicit Classic(const ClassicTask& task) : task_(task), layout_(task.alpha) {}
 
-  template <class Write>
   HWY_NOINLINE void Vectors(size_t begin, size_t end, uint8_t* to) const {
     const size_t start = begin % 2;
     const ClassicTask::Plane even = task_.planes[start];
@@ -349,9 +402,9 @@ class Classic {
       }
     };
     if (task_.isEvenFirst == (start == 0)) {
-      walk([&](Bytes a, Bytes green, Bytes b) { layout.template Store<Write>(a, green, b, to); });
+      walk([&](Bytes a, Bytes green, Bytes b) { layout.template Store<Ordinary>(a, green, b, to); });
     } else {
-      walk([&](Bytes a, Bytes green, Bytes b) { layout.template Store<Write>(b, green, a, to); });
+      walk([&](Bytes a, Bytes green, Bytes b) { layout.template Store<Ordinary>(b, green, a, to); });
     }
   }
 
@@ -371,21 +424,30 @@ class Classic {
   }
 
  private:
-  static Words Weigh(Words near, Words far) { return hn::Add(hn::Add(near, hn::Add(near, near)), far); }
-  static Words WeighLast(Words near, Words far) { return hn::ShiftRight<4>(Weigh(near, far)); }
+  // Three parts of the near line and one of the far line, in even columns or in odd ones.
+  static Words EvenColumns(const ClassicTask::Plane& plane, size_t x) {
+    return hn::Add(MultiplyPairs(hn::LoadU(kBytesTag, plane.near + x), 0x0003), EvenBytes(LoadWords(plane.far + x)));
+  }
+  static Words OddColumns(const ClassicTask::Plane& plane, size_t x) {
+    return hn::Add(MultiplyPairs(hn::LoadU(kBytesTag, plane.near + x), 0x0300), OddBytes(LoadWords(plane.far + x)));
+  }
+
+  static Words Weigh(Words near, Words far) {
+    return hn::ShiftRight<4>(hn::Add(hn::Mul(near, hn::Set(kWordsTag, uint16_t{3})), far));
+  }
 
   // The plane with samples in the vector's even columns.
   static Bytes EvenPlane(const ClassicTask::Plane& plane, size_t x) {
-    const Words here = Weigh(EvenBytes(LoadWords(plane.near + x)), EvenBytes(LoadWords(plane.far + x)));
-    const Words next = Weigh(OddBytes(LoadWords(plane.near + x + 1)), OddBytes(LoadWords(plane.far + x + 1)));
-    return Merge(WeighLast(here, next), WeighLast(next, here));
+    const Words here = EvenColumns(plane, x);
+    const Words next = OddColumns(plane, x + 1);
+    return Merge(Weigh(here, next), Weigh(next, here));
   }
 
   static Bytes OddPlane(const ClassicTask::Plane& plane, size_t x) {
-    const Words before = Weigh(EvenBytes(LoadWords(plane.near + x - 1)), EvenBytes(LoadWords(plane.far + x - 1)));
-    const Words here = Weigh(OddBytes(LoadWords(plane.near + x)), OddBytes(LoadWords(plane.far + x)));
-    const Words next = Weigh(OddBytes(LoadWords(plane.near + x + 2)), OddBytes(LoadWords(plane.far + x + 2)));
-    return Merge(WeighLast(here, before), WeighLast(here, next));
+    const Words before = EvenColumns(plane, x - 1);
+    const Words here = OddColumns(plane, x);
+    const Words next = OddColumns(plane, x + 2);
+    return Merge(Weigh(here, before), Weigh(here, next));
   }
 
   const ClassicTask& task_;
@@ -438,7 +500,6 @@ class Mono {
 
   explicit Mono(const MonoTask& task) : task_(task) {}
 
-  template <class Write>
   HWY_NOINLINE void Vectors(size_t begin, size_t end, uint8_t* to) const {
     const PairWeights atHeavy = {WeightPair(kHeavy, kMiddle), WeightPair(kMiddle, kLight)};
     const PairWeights atLight = {WeightPair(kMiddle, kHeavy), WeightPair(kLight, kMiddle)};
@@ -450,7 +511,7 @@ class Mono {
     for (size_t x = begin; x < end; x += kLanes) {
       const uint8_t* const heavyLine = task.heavyLine + x * sizeof(Sample);
       const uint8_t* const lightLine = task.lightLine + x * sizeof(Sample);
-      Write::Put(Convert(heavyLine, lightLine, even, odd, limit), to);
+      Ordinary::Put(Convert(heavyLine, lightLine, even, odd, limit), to);
       to += KORVEL_VECTOR_BYTES;
     }
   }

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <array>
+#include <functional>
 #include <random>
 #include <vector>
 
@@ -18,14 +19,12 @@ namespace {
 
 using img::InstructionSet;
 using img::PixelFormatId;
-using img::processing::BayerPhase;
 using img::processing::BilinearRule;
 using img::processing::BilinearTask;
 using img::processing::ClassicTask;
 using img::processing::ColourLayout;
 using img::processing::DebayeringOptimized;
 using img::processing::DemosaicKernels;
-using img::processing::FastLine;
 using img::processing::FindDemosaicKernels;
 using img::processing::MonoTask;
 using img::processing::SampleLine;
