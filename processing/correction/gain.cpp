@@ -1,15 +1,39 @@
 #include "processing/correction/gain.h"
 
+#include <algorithm>
+#include <bit>
 #include <utility>
 
 #include "core/image_lines.h"
 #include "processing/argument_check.h"
 #include "processing/bayer_phase.h"
-#include "processing/correction/gain_vectors.h"
 #include "processing/unsupported_format.h"
 
 namespace img::processing {
 namespace {
+
+bool GivesTable(const FixedFactor& fixed, const Depth<8>::Table& table) {
+  for (uint32_t value = 0; value < table.size(); ++value) {
+    const uint32_t sum = value * fixed.whole + (value * fixed.fraction >> 16);
+    if (std::min(sum * fixed.scale >> 16, Depth<8>::kMaximum) != table[value]) return false;
+  }
+  return true;
+}
+
+// For a factor of 1 to 64.
+std::optional<FixedFactor> FindFixedFactor(float factor, const Depth<8>::Table& table) {
+  const auto bits = std::bit_cast<uint32_t>(factor);
+  const uint32_t mantissa = (bits & 0x7FFFFF) | 0x800000;
+  const uint32_t exponent = (bits >> 23) - 127;
+  // Single precision rounds some products up to the next integer, which exact ones of the next mantissa reach as well.
+  for (const uint32_t candidate : {mantissa, mantissa + 1}) {
+    const FixedFactor fixed = {.whole = static_cast<uint16_t>(candidate >> 16),
+                               .fraction = static_cast<uint16_t>(candidate & 0xFFFF),
+                               .scale = static_cast<uint16_t>(1u << (9 + exponent))};
+    if (GivesTable(fixed, table)) return fixed;
+  }
+  return std::nullopt;
+}
 
 // A line whose even columns have one gain and whose odd columns another. Bits above the depth are ignored.
 template <uint32_t bits>
@@ -19,7 +43,8 @@ void MapLine(const uint8_t* in, uint8_t* out, size_t width, const GainTables& ev
   size_t done = 0;
   if (vectors != nullptr) {
     if constexpr (bits == 8) {
-      done = vectors->bytes(in, out, width, even.factor, odd.factor);
+      done = even.fixed && odd.fixed ? vectors->bytesInIntegers(in, out, width, *even.fixed, *odd.fixed)
+                                     : vectors->bytes(in, out, width, even.factor, odd.factor);
     } else {
       done = vectors->words(in, out, width, even.factor, odd.factor, Depth<bits>::kMaximum);
     }
@@ -42,6 +67,7 @@ void GainTables::Build(float newFactor) {
     const float product = newFactor * value;
     return product < maximum ? product : maximum;
   });
+  fixed = FindFixedFactor(factor, tables.Of<8>());
 }
 
 Gain::Gain(std::shared_ptr<buffer::IfcMultiFormatBufferPool> pool, const ProcessorFeatures& features)

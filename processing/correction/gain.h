@@ -2,10 +2,12 @@
 #pragma once
 
 #include <memory>
+#include <optional>
 
 #include "buffers/buffer_pool.h"
 #include "core/image.h"
 #include "core/instruction_set.h"
+#include "processing/correction/gain_vectors.h"
 #include "processing/correction/value_tables.h"
 
 namespace img::processing {
@@ -16,6 +18,7 @@ struct GainTables {
 
   float factor = 1.0f;
   ValueTables tables;
+  std::optional<FixedFactor> fixed;  // if there are integers that give all of the table of 8 bits
 };
 
 // The gains become tables when they are set. Where there are vectors, these multiply faster than a table is read, and

@@ -34,6 +34,30 @@ size_t MultiplyBytes(const uint8_t* in, uint8_t* out, size_t count, float even, 
   return i;
 }
 
+HWY_INLINE Words InTurn(uint16_t even, uint16_t odd) {
+  return hn::OddEven(hn::Set(kWords, odd), hn::Set(kWords, even));
+}
+
+size_t MultiplyBytesInIntegers(const uint8_t* in, uint8_t* out, size_t count, const FixedFactor& even,
+                               const FixedFactor& odd) {
+  constexpr size_t kLanes = KORVEL_VECTOR_BYTES;
+  const Words whole = InTurn(even.whole, odd.whole);
+  const Words fraction = InTurn(even.fraction, odd.fraction);
+  const Words scale = InTurn(even.scale, odd.scale);
+  const auto product = [=](Bytes samplesAndZeros) HWY_ATTR {
+    const Words samples = hn::BitCast(kWords, samplesAndZeros);
+    return hn::MulHigh(hn::Add(hn::Mul(samples, whole), hn::MulHigh(samples, fraction)), scale);
+  };
+  size_t i = 0;
+  for (; i + kLanes <= count; i += kLanes) {
+    const Bytes samples = hn::LoadU(kBytes, in + i);
+    const Words lower = product(hn::InterleaveLower(kBytes, samples, hn::Zero(kBytes)));
+    const Words upper = product(hn::InterleaveUpper(kBytes, samples, hn::Zero(kBytes)));
+    hn::StoreU(LimitedBytes(lower, upper), kBytes, out + i);
+  }
+  return i;
+}
+
 size_t MultiplyWords(const uint8_t* in, uint8_t* out, size_t count, float even, float odd, uint16_t maximum) {
   constexpr size_t kLanes = KORVEL_VECTOR_BYTES / 2;
   const Factors factors(even, odd);
@@ -50,6 +74,7 @@ size_t MultiplyWords(const uint8_t* in, uint8_t* out, size_t count, float even, 
 
 }  // namespace
 
-extern const GainKernels kGainKernels = {.bytes = MultiplyBytes, .words = MultiplyWords};
+extern const GainKernels kGainKernels = {
+    .bytes = MultiplyBytes, .bytesInIntegers = MultiplyBytesInIntegers, .words = MultiplyWords};
 
 }  // namespace img::processing::KORVEL_VECTORS

@@ -93,6 +93,44 @@ TEST(GainKernels, TakeWholeVectorsFromEveryCountAndAddress) {
   TestEveryCount<uint16_t>(4095);
 }
 
+TEST(GainKernels, MultiplyBytesInIntegers) {
+  constexpr size_t kMost = 70;
+  GuardedMemory from(kMost);
+  GuardedMemory to(kMost);
+  std::mt19937 random(4);
+  const auto randomFactor = [&random] {
+    return img::processing::FixedFactor{.whole = static_cast<uint16_t>(128 + random() % 128),
+                                        .fraction = static_cast<uint16_t>(random()),
+                                        .scale = static_cast<uint16_t>(1u << (9 + random() % 7))};
+  };
+  for (const img::InstructionSet set : RunnableInstructionSets()) {
+    const GainKernels* const kernels = img::processing::FindGainKernels(set);
+    if (kernels == nullptr) continue;
+    for (const Placement placement : kPlacements) {
+      for (size_t count = 0; count <= kMost; ++count) {
+        SCOPED_TRACE(testing::Message() << set << ", " << count);
+        uint8_t* const in = from.Place(count, placement);
+        uint8_t* const out = to.Place(count, placement);
+        std::generate(in, in + count, [&] { return static_cast<uint8_t>(random()); });
+        to.Mark(out, count);
+        const img::processing::FixedFactor factors[] = {randomFactor(), randomFactor()};
+        const size_t done = kernels->bytesInIntegers(in, out, count, factors[0], factors[1]);
+        ASSERT_LE(done, count);
+        ASSERT_LT(count - done, 32u);
+        for (size_t i = 0; i < done; ++i) {
+          const auto& factor = factors[i % 2];
+          const uint32_t product =
+              ((in[i] * factor.whole + (in[i] * uint32_t{factor.fraction} >> 16)) * factor.scale) >> 16;
+          ASSERT_EQ(out[i], std::min(product, 255u));
+        }
+        ASSERT_TRUE(to.IsMarkedOutside(out, done));
+        ASSERT_EQ(kernels->bytesInIntegers(in, in, count, factors[0], factors[1]), done);
+        ASSERT_TRUE(std::equal(in, in + done, out)) << "in place";
+      }
+    }
+  }
+}
+
 TEST(GainKernels, MultiplyEveryValueAsATableDoes) {
   std::vector<float> factors(std::begin(kFactors), std::end(kFactors));
   std::mt19937 random(2);
@@ -123,11 +161,37 @@ TEST(GainKernels, MultiplyEveryValueAsATableDoes) {
   }
 }
 
+std::unique_ptr<Gain> MakeGain(const img::ProcessorFeatures& record) {
+  return std::make_unique<Gain>(std::make_shared<img::buffer::MultiFormatBufferPool>(
+                                    std::make_shared<img::buffer::FixedFormatVectorBufferPool::Factory>(), 1),
+                                record);
+}
+
+// Some factors have integers, and some need floats.
+TEST(Gain, MultipliesEveryByteByEveryFactor) {
+  Bytes bytes(256);
+  for (size_t i = 0; i < bytes.size(); ++i) bytes[i] = static_cast<uint8_t>(i);
+  const auto gain = MakeGain(img::ProcessorFeatures::OfThisProcessor());
+  for (int hundredths = 101; hundredths <= 800; ++hundredths) {
+    const float factor = static_cast<float>(hundredths) / 100.0f;
+    const float red = std::clamp(factor * 0.7f, 1.0f, 8.0f);
+    gain->SetMasterGainValue(factor);
+    gain->SetRedGainValue(red);
+    const TestImage mono(Mono8, 256, 1, bytes);
+    gain->applyGainInPlace(*mono);
+    const TestImage bayer(BayerRG8, 256, 1, bytes);
+    gain->applyGainInPlace(*bayer);
+    for (uint32_t i = 0; i < 256; ++i) {
+      ASSERT_EQ(mono.Content()[i], Multiplied<uint8_t>(i, factor, 255)) << i << " * " << factor;
+      ASSERT_EQ(bayer.Content()[i], Multiplied<uint8_t>(i, i % 2 == 0 ? red * factor : factor, 255))
+          << i << " * " << factor << ", red " << red;
+    }
+  }
+}
+
 TEST(Gain, GivesTheSameForEveryRecord) {
   const auto makeGain = [](const img::ProcessorFeatures& record) {
-    auto gain = std::make_unique<Gain>(std::make_shared<img::buffer::MultiFormatBufferPool>(
-                                           std::make_shared<img::buffer::FixedFormatVectorBufferPool::Factory>(), 1),
-                                       record);
+    auto gain = MakeGain(record);
     gain->SetMasterGainValue(1.3f);
     gain->SetRedGainValue(1.7f);
     gain->SetBlueGainValue(2.9f);
