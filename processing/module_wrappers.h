@@ -121,7 +121,9 @@ class TemplateWrapper_TransformationModule : public TClassIfc {
 
 template <template <PixelFormatId> class T, class TClassIfc>
 void TemplateWrapper_TransformationModule<T, TClassIfc>::Process(const IfcImage& input, IfcImage& output) {
-  instance_.For(input.PixelFormat()).Process(input, output);
+  TClassIfc& impl = instance_.For(input.PixelFormat());
+  impl.SetParameters(this->GetParameters());
+  impl.Process(input, output);
 }
 
 // For modules that turn an image into a record. Each run is timed, under "PM_Measure::" and the family's name.

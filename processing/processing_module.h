@@ -50,7 +50,7 @@ class IfcInplaceProcessingModule : public ModuleParameters {
 };
 
 // Makes an image whose pixels lie elsewhere.
-class IfcTransformationProcessingModule {
+class IfcTransformationProcessingModule : public ModuleParameters {
  public:
   IfcTransformationProcessingModule() = default;
   IfcTransformationProcessingModule(const IfcTransformationProcessingModule&) = delete;

@@ -1,21 +1,12 @@
 #include "processing/geometry/image_mirror.h"
 
-#include <algorithm>
-#include <cstring>
-
-#include "processing/geometry/move_pixels.h"
-
 namespace img::processing {
 
 template <PixelFormatId formatId>
 class TImageMirrorX_Impl final : public IfcTransformationProcessingModule {
  public:
   void Process(const IfcImage& input, IfcImage& output) override {
-    const auto source = LinesOf(input);
-    const auto target = LinesOf(output);
-    for (size_t y = 0; y < source.size.height; ++y) {
-      CopyReversed<kFacts<formatId>.PixelByteCount()>(source[y], target[y], source.size.width);
-    }
+    CopyMirrored(input, output, {.leftRight = true, .upDown = false}, MoveParametersOf(*this).set);
   }
 };
 
@@ -23,10 +14,7 @@ template <PixelFormatId formatId>
 class TImageMirrorX_Inplace_Impl final : public IfcInplaceProcessingModule {
  public:
   void Process(IfcImage& image) override {
-    const auto lines = LinesOf(image);
-    for (size_t y = 0; y < lines.size.height; ++y) {
-      Reverse<kFacts<formatId>.PixelByteCount()>(lines[y], lines.size.width);
-    }
+    MirrorInPlace(image, {.leftRight = true, .upDown = false}, MoveParametersOf(*this).set);
   }
 };
 
@@ -34,11 +22,7 @@ template <PixelFormatId formatId>
 class TImageMirrorY_Impl final : public IfcTransformationProcessingModule {
  public:
   void Process(const IfcImage& input, IfcImage& output) override {
-    const auto source = LinesOf(input);
-    const auto target = LinesOf(output);
-    for (size_t y = 0; y < source.size.height; ++y) {
-      std::memcpy(target[y], source[source.size.height - 1 - y], input.LineByteCount());
-    }
+    CopyMirrored(input, output, {.leftRight = false, .upDown = true}, MoveParametersOf(*this).set);
   }
 };
 
@@ -46,10 +30,7 @@ template <PixelFormatId formatId>
 class TImageMirrorY_Inplace_Impl final : public IfcInplaceProcessingModule {
  public:
   void Process(IfcImage& image) override {
-    const auto lines = LinesOf(image);
-    for (size_t y = 0; y < lines.size.height / 2; ++y) {
-      std::swap_ranges(lines[y], lines[y] + image.LineByteCount(), lines[lines.size.height - 1 - y]);
-    }
+    MirrorInPlace(image, {.leftRight = false, .upDown = true}, MoveParametersOf(*this).set);
   }
 };
 

@@ -2,7 +2,7 @@
 // Formats whose pixels don't lie on whole bytes are not for these modules.
 #pragma once
 
-#include "processing/module_wrappers.h"
+#include "processing/geometry/move_module.h"
 
 namespace img::processing {
 
@@ -15,10 +15,10 @@ class TImageMirrorX_Inplace_Impl;
 template <PixelFormatId formatId>
 class TImageMirrorY_Inplace_Impl;
 
-using ImageMirrorX = TemplateWrapper_TransformationModule<TImageMirrorX_Impl, IfcTransformationProcessingModule>;
-using ImageMirrorY = TemplateWrapper_TransformationModule<TImageMirrorY_Impl, IfcTransformationProcessingModule>;
-using ImageMirrorX_Inplace = TemplateWrapper_InplaceProcessingModule<TImageMirrorX_Inplace_Impl>;
-using ImageMirrorY_Inplace = TemplateWrapper_InplaceProcessingModule<TImageMirrorY_Inplace_Impl>;
+using ImageMirrorX = MoveIntoAnother<TImageMirrorX_Impl>;
+using ImageMirrorY = MoveIntoAnother<TImageMirrorY_Impl>;
+using ImageMirrorX_Inplace = MoveInPlace<TImageMirrorX_Inplace_Impl>;
+using ImageMirrorY_Inplace = MoveInPlace<TImageMirrorY_Inplace_Impl>;
 
 extern template class TemplateWrapper_TransformationModule<TImageMirrorX_Impl, IfcTransformationProcessingModule>;
 extern template class TemplateWrapper_TransformationModule<TImageMirrorY_Impl, IfcTransformationProcessingModule>;

@@ -2,7 +2,7 @@
 // not for these modules.
 #pragma once
 
-#include "processing/module_wrappers.h"
+#include "processing/geometry/move_module.h"
 
 namespace img::processing {
 
@@ -20,18 +20,16 @@ template <PixelFormatId formatId>
 class TImageRotateClockwise90_Inplace_Impl;
 
 // The output of a quarter turn has the input's width as its height, and its height as its width.
-using ImageRotateCounterClockwise90 =
-    TemplateWrapper_TransformationModule<TImageRotateCounterClockwise90_Impl, IfcTransformationProcessingModule>;
-using ImageRotate180 = TemplateWrapper_TransformationModule<TImageRotate180_Impl, IfcTransformationProcessingModule>;
-using ImageRotateClockwise90 =
-    TemplateWrapper_TransformationModule<TImageRotateClockwise90_Impl, IfcTransformationProcessingModule>;
+using ImageRotateCounterClockwise90 = MoveIntoAnother<TImageRotateCounterClockwise90_Impl>;
+using ImageRotate180 = MoveIntoAnother<TImageRotate180_Impl>;
+using ImageRotateClockwise90 = MoveIntoAnother<TImageRotateClockwise90_Impl>;
 
 // A quarter turn in place is for images over the whole of their buffer. It exchanges width and height of both, and
-// takes memory for a copy; where that can't be had, it throws std::bad_alloc and changes nothing.
-using ImageRotateCounterClockwise90_Inplace =
-    TemplateWrapper_InplaceProcessingModule<TImageRotateCounterClockwise90_Inplace_Impl>;
-using ImageRotate180_Inplace = TemplateWrapper_InplaceProcessingModule<TImageRotate180_Inplace_Impl>;
-using ImageRotateClockwise90_Inplace = TemplateWrapper_InplaceProcessingModule<TImageRotateClockwise90_Inplace_Impl>;
+// takes memory for a copy, which the module keeps; where that can't be had, it throws std::bad_alloc and changes
+// nothing.
+using ImageRotateCounterClockwise90_Inplace = MoveInPlace<TImageRotateCounterClockwise90_Inplace_Impl>;
+using ImageRotate180_Inplace = MoveInPlace<TImageRotate180_Inplace_Impl>;
+using ImageRotateClockwise90_Inplace = MoveInPlace<TImageRotateClockwise90_Inplace_Impl>;
 
 extern template class TemplateWrapper_TransformationModule<TImageRotateCounterClockwise90_Impl,
                                                            IfcTransformationProcessingModule>;

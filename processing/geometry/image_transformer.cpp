@@ -75,7 +75,19 @@ std::shared_ptr<buffer::IfcImageBuffer> ProcessAs(PixelFormatId format, IfcInpla
 
 }  // namespace
 
-ImageTransformer::ImageTransformer(std::shared_ptr<buffer::IfcMultiFormatBufferPool> pool) : pool_(std::move(pool)) {}
+ImageTransformer::ImageTransformer(std::shared_ptr<buffer::IfcMultiFormatBufferPool> pool,
+                                   const ProcessorFeatures& features)
+    : pool_(std::move(pool)),
+      mirrorX_(features),
+      mirrorY_(features),
+      mirrorXInplace_(features),
+      mirrorYInplace_(features),
+      rotateCounterClockwise90_(features),
+      rotate180_(features),
+      rotateClockwise90_(features),
+      rotateCounterClockwise90Inplace_(features),
+      rotate180Inplace_(features),
+      rotateClockwise90Inplace_(features) {}
 
 std::shared_ptr<IfcImage> ImageTransformer::mirrorImage(const IfcImage& image, MirrorDirection direction) {
   constexpr const char* kLocation =

@@ -5,6 +5,7 @@
 
 #include "buffers/buffer_pool.h"
 #include "core/image.h"
+#include "core/processor_features.h"
 #include "processing/geometry/image_mirror.h"
 #include "processing/geometry/image_rotation.h"
 #include "processing/geometry/transformed_format.h"
@@ -14,7 +15,8 @@ namespace img::processing {
 // Serves one thread at a time.
 class ImageTransformer {
  public:
-  explicit ImageTransformer(std::shared_ptr<buffer::IfcMultiFormatBufferPool> pool);
+  explicit ImageTransformer(std::shared_ptr<buffer::IfcMultiFormatBufferPool> pool,
+                            const ProcessorFeatures& features = ProcessorFeatures::OfThisProcessor());
 
   // Throw Error for a direction or an angle that isn't there, and ImageFormatNotSupported for a packed format;
   // mirroring takes the packed formats whose pixels lie on whole bytes.

@@ -1,21 +1,13 @@
-// Pixels that change places: the kernels of mirroring and rotation. They are templates over the size of a pixel in
-// bytes and look at nothing else, so that all formats of one size share their code. Memory has no alignment. Source and
-// target don't overlap.
-#pragma once
-
+// The kernels in plain code. They are templates over the size of a pixel in bytes and look at nothing else.
 #include <algorithm>
 #include <array>
-#include <cstddef>
-#include <cstdint>
 #include <cstring>
 #include <type_traits>
-#include <utility>
 
-#include "core/image_lines.h"
+#include "processing/geometry/move_kernels.h"
 
 namespace img::processing {
-
-namespace detail {
+namespace {
 
 // One pixel in registers. Pixels of 3 and 6 bytes have no type of their size.
 template <size_t kBytes>
@@ -86,14 +78,12 @@ void Transpose(std::array<uint64_t, kSquare<kBytes>>& rows) {
   }
 }
 
-}  // namespace detail
-
 // Copies a run of pixels, the last one first.
 template <size_t kBytes>
 void CopyReversed(const uint8_t* from, uint8_t* to, size_t count) {
   const uint8_t* const end = from + count * kBytes;
   size_t i = 0;
-  const auto copyPixel = [&] { detail::Pixel<kBytes>::Load(end - (i + 1) * kBytes).Store(to + i * kBytes); };
+  const auto copyPixel = [&] { Pixel<kBytes>::Load(end - (i + 1) * kBytes).Store(to + i * kBytes); };
   if constexpr (kBytes % 3 == 0) {
     // All but the first and the last pixel together with some of their neighbour, which the next step overwrites: one
     // load and one store.
@@ -107,7 +97,7 @@ void CopyReversed(const uint8_t* from, uint8_t* to, size_t count) {
   } else {
     constexpr size_t kPixels = 16 / kBytes;
     for (; i + kPixels <= count; i += kPixels) {
-      detail::CopyVectorReversed<kBytes>(end - (i + kPixels) * kBytes, to + i * kBytes);
+      CopyVectorReversed<kBytes>(end - (i + kPixels) * kBytes, to + i * kBytes);
     }
   }
   for (; i < count; ++i) copyPixel();
@@ -128,64 +118,92 @@ void SwapReversed(uint8_t* one, uint8_t* other, size_t count) {
   }
 }
 
-// Reverses a run of pixels in place.
-template <size_t kBytes>
-void Reverse(uint8_t* line, size_t count) {
-  SwapReversed<kBytes>(line, line + (count - count / 2) * kBytes, count / 2);
-}
-
-// A quarter turn. The target has the source's height as its width, and its width as its height.
-//
-//   counter-clockwise   target (x, y) takes source (width - 1 - y, x)
-//   clockwise           target (x, y) takes source (y, height - 1 - x)
-//
 // One side is read or written across lines, so the work goes by tiles, of which both sides stay in the cache, and in
-// them by squares of pixels that are turned in registers.
-template <size_t kBytes, bool kClockwise>
-void TurnQuarter(const ImageLines<const uint8_t>& source, const ImageLines<uint8_t>& target) {
+// them by squares of pixels that are transposed in registers.
+template <size_t kBytes>
+void TransposePixels(const Transposition& pixels) {
   constexpr size_t kTile = 64;
-  constexpr size_t kSide = detail::kSquare<kBytes>;
-  const Size2D& size = source.size;
-  // Where a column and a row of the source go.
-  const auto targetOf = [&](size_t column, size_t row) {
-    return target[kClockwise ? column : size.width - 1 - column] + (kClockwise ? size.height - 1 - row : row) * kBytes;
+  constexpr size_t kSide = kSquare<kBytes>;
+  const auto from = [&](size_t column, size_t row) {
+    return pixels.from + static_cast<ptrdiff_t>(row) * pixels.fromStep + column * kBytes;
   };
-  const auto turnPixels = [&](size_t firstColumn, size_t endColumn, size_t firstRow, size_t endRow) {
+  const auto to = [&](size_t column, size_t row) {
+    return pixels.to + static_cast<ptrdiff_t>(column) * pixels.toStep + row * kBytes;
+  };
+  const auto transposePixels = [&](size_t firstColumn, size_t endColumn, size_t firstRow, size_t endRow) {
     for (size_t column = firstColumn; column < endColumn; ++column) {
-      for (size_t row = firstRow; row < endRow; ++row) {
-        detail::Pixel<kBytes>::Load(source[row] + column * kBytes).Store(targetOf(column, row));
-      }
+      for (size_t row = firstRow; row < endRow; ++row) Pixel<kBytes>::Load(from(column, row)).Store(to(column, row));
     }
   };
-  const auto turnSquare = [&](size_t column, size_t row) {
+  const auto transposeSquare = [&](size_t column, size_t row) {
     std::array<uint64_t, kSide> square;
-    for (size_t i = 0; i < kSide; ++i) {
-      // Clockwise, the last row comes first.
-      std::memcpy(&square[kClockwise ? kSide - 1 - i : i], source[row + i] + column * kBytes, sizeof square[i]);
-    }
-    detail::Transpose<kBytes>(square);
-    for (size_t i = 0; i < kSide; ++i) {
-      std::memcpy(targetOf(column + i, kClockwise ? row + kSide - 1 : row), &square[i], sizeof square[i]);
-    }
+    for (size_t i = 0; i < kSide; ++i) std::memcpy(&square[i], from(column, row + i), sizeof square[i]);
+    Transpose<kBytes>(square);
+    for (size_t i = 0; i < kSide; ++i) std::memcpy(to(column + i, row), &square[i], sizeof square[i]);
   };
 
-  for (size_t firstRow = 0; firstRow < size.height; firstRow += kTile) {
-    const size_t endRow = std::min(firstRow + kTile, size.height);
-    for (size_t firstColumn = 0; firstColumn < size.width; firstColumn += kTile) {
-      const size_t endColumn = std::min(firstColumn + kTile, size.width);
+  for (size_t firstRow = 0; firstRow < pixels.height; firstRow += kTile) {
+    const size_t endRow = std::min(firstRow + kTile, pixels.height);
+    for (size_t firstColumn = 0; firstColumn < pixels.width; firstColumn += kTile) {
+      const size_t endColumn = std::min(firstColumn + kTile, pixels.width);
       if constexpr (kSide == 1) {
-        turnPixels(firstColumn, endColumn, firstRow, endRow);
+        transposePixels(firstColumn, endColumn, firstRow, endRow);
       } else {
         const size_t lastRow = endRow - endRow % kSide;  // of whole squares, and so for columns
         const size_t lastColumn = endColumn - endColumn % kSide;
         for (size_t row = firstRow; row < lastRow; row += kSide) {
-          for (size_t column = firstColumn; column < lastColumn; column += kSide) turnSquare(column, row);
+          for (size_t column = firstColumn; column < lastColumn; column += kSide) transposeSquare(column, row);
         }
-        turnPixels(lastColumn, endColumn, firstRow, lastRow);
-        turnPixels(firstColumn, endColumn, lastRow, endRow);
+        transposePixels(lastColumn, endColumn, firstRow, lastRow);
+        transposePixels(firstColumn, endColumn, lastRow, endRow);
       }
     }
   }
 }
+
+void CopyLines(const LineCopy& lines) {
+  if (lines.byteCount == 0) return;
+  for (size_t i = 0; i < lines.lineCount; ++i) {
+    const auto line = static_cast<ptrdiff_t>(i);
+    std::memcpy(lines.to + line * lines.toStep, lines.from + line * lines.fromStep, lines.byteCount);
+  }
+}
+
+template <size_t kBytes>
+void CopyLinesReversed(const LineCopy& lines) {
+  for (size_t i = 0; i < lines.lineCount; ++i) {
+    const auto line = static_cast<ptrdiff_t>(i);
+    CopyReversed<kBytes>(lines.from + line * lines.fromStep, lines.to + line * lines.toStep, lines.byteCount / kBytes);
+  }
+}
+
+void SwapLines(const LineSwap& lines) {
+  for (size_t i = 0; i < lines.lineCount; ++i) {
+    const auto line = static_cast<ptrdiff_t>(i);
+    uint8_t* const one = lines.one + line * lines.oneStep;
+    std::swap_ranges(one, one + lines.byteCount, lines.other + line * lines.otherStep);
+  }
+}
+
+template <size_t kBytes>
+void SwapLinesReversed(const LineSwap& lines) {
+  for (size_t i = 0; i < lines.lineCount; ++i) {
+    const auto line = static_cast<ptrdiff_t>(i);
+    SwapReversed<kBytes>(lines.one + line * lines.oneStep, lines.other + line * lines.otherStep,
+                         lines.byteCount / kBytes);
+  }
+}
+
+}  // namespace
+
+extern const MoveKernels kPlainMoveKernels = {
+    .copyLines = CopyLines,
+    .copyLinesReversed = {nullptr, CopyLinesReversed<1>, CopyLinesReversed<2>, CopyLinesReversed<3>,
+                          CopyLinesReversed<4>, nullptr, CopyLinesReversed<6>, nullptr, CopyLinesReversed<8>},
+    .transpose = {nullptr, TransposePixels<1>, TransposePixels<2>, TransposePixels<3>, TransposePixels<4>, nullptr,
+                  TransposePixels<6>, nullptr, TransposePixels<8>},
+    .swapLines = SwapLines,
+    .swapLinesReversed = {nullptr, SwapLinesReversed<1>, SwapLinesReversed<2>, SwapLinesReversed<3>,
+                          SwapLinesReversed<4>, nullptr, SwapLinesReversed<6>, nullptr, SwapLinesReversed<8>}};
 
 }  // namespace img::processing
