@@ -7,6 +7,7 @@
 #include "core/image_lines.h"
 #include "processing/argument_check.h"
 #include "processing/bayer_phase.h"
+#include "processing/correction/binning_vectors.h"
 #include "processing/unaligned.h"
 #include "processing/unsupported_format.h"
 
@@ -29,6 +30,10 @@ struct SampleGroups {
   static constexpr size_t kSamples = kGroup;
   static constexpr size_t kBytes = kGroup * sizeof(SampleType);
 
+  static size_t BinPairs(const BinningKernels& vectors, const BinnedLines& lines) {
+    return (sizeof(SampleType) == 1 ? vectors.bytes : vectors.words)[kGroup](lines);
+  }
+
   static void AddTo(ColumnSum* sums, const uint8_t* line, size_t groups) {
     for (size_t i = 0; i < groups * kGroup; ++i) {
       sums[i] = static_cast<ColumnSum>(sums[i] + LoadSample<SampleType>(line, i));
@@ -45,6 +50,8 @@ struct SampleGroups {
 
 // Three channels of 10 bits in a word. The bits that carry nothing stay as they are in the output.
 struct WordGroups {
+  static size_t BinPairs(const BinningKernels&, const BinnedLines&) { return 0; }  // has no vector kernel
+
   using ColumnSum = uint16_t;
   static constexpr size_t kSamples = 3;
   static constexpr size_t kBytes = 4;
@@ -108,6 +115,7 @@ void AddGroups(size_t factor, const ColumnSum* columns, int32_t* sums, size_t gr
 }
 
 struct Job {
+  const BinningKernels* vectors;  // null for plain code
   size_t factorX;
   size_t factorY;
   BinningMode mode;
@@ -125,19 +133,24 @@ struct Job {
   }
 };
 
-// One line of the output, of as many groups. lineOf(i) is input line i of the block.
-template <class Groups, class LineOf>
-void BinLine(const Job& job, LineOf&& lineOf, uint8_t* output, size_t outputGroups) {
+// One line of the output, of as many groups, from input lines that are a step apart.
+template <class Groups>
+void BinLine(const Job& job, const uint8_t* input, size_t step, uint8_t* output, size_t outputGroups) {
   constexpr size_t kSamples = Groups::kSamples;
+  size_t first = 0;
+  if (job.vectors != nullptr && job.factorX == 2) {
+    first = Groups::BinPairs(*job.vectors, {input, step, job.factorY, output, outputGroups,
+                                            job.mode == BinningMode::Average, static_cast<uint16_t>(job.maximum)});
+  }
   typename Groups::ColumnSum columns[kBlock];
   int32_t sums[kBlock];
   const size_t groupsAtATime = kBlock / (kSamples * job.factorX);
-  for (size_t first = 0; first < outputGroups; first += groupsAtATime) {
+  for (; first < outputGroups; first += groupsAtATime) {
     const size_t groups = std::min(groupsAtATime, outputGroups - first);
     const size_t columnGroups = groups * job.factorX;
     std::fill_n(columns, columnGroups * kSamples, typename Groups::ColumnSum{0});
     for (size_t i = 0; i < job.factorY; ++i) {
-      Groups::AddTo(columns, lineOf(i) + first * job.factorX * Groups::kBytes, columnGroups);
+      Groups::AddTo(columns, input + i * step + first * job.factorX * Groups::kBytes, columnGroups);
     }
     AddGroups<kSamples>(job.factorX, columns, sums, groups);
     job.Finish(sums, groups * kSamples);
@@ -151,8 +164,7 @@ void BinPixels(const Job& job, const IfcImage& input, IfcImage& output) {
   const auto out = LinesOf(output);
   const Size2D size = output.Area().size;
   for (size_t y = 0; y < size.height; ++y) {
-    BinLine<Groups>(
-        job, [&](size_t i) { return in[y * job.factorY + i]; }, out[y], size.width);
+    BinLine<Groups>(job, in[y * job.factorY], in.step, out[y], size.width);
   }
 }
 
@@ -163,8 +175,7 @@ void BinMosaic(const Job& job, const IfcImage& input, IfcImage& output) {
   const auto out = LinesOf(output);
   const Size2D size = output.Area().size;
   for (size_t y = 0; y < size.height; ++y) {
-    const auto lineOf = [&](size_t i) { return in[2 * (y / 2 * job.factorY + i) + y % 2]; };
-    BinLine<SampleGroups<Sample, 2>>(job, lineOf, out[y], size.width / 2);
+    BinLine<SampleGroups<Sample, 2>>(job, in[2 * (y / 2 * job.factorY) + y % 2], 2 * in.step, out[y], size.width / 2);
   }
 }
 
@@ -185,7 +196,8 @@ constexpr size_t RoundDown(size_t value, size_t multiple) { return value / multi
 
 }  // namespace
 
-Binning::Binning(std::shared_ptr<buffer::IfcMultiFormatBufferPool> pool) : pool_(std::move(pool)) {}
+Binning::Binning(std::shared_ptr<buffer::IfcMultiFormatBufferPool> pool, const ProcessorFeatures& features)
+    : pool_(std::move(pool)), set_(InstructionSetOf(features)) {}
 
 bool Binning::IsFormatSupported(PixelFormatId format) {
   const std::optional<FormatFacts> facts = FindFacts(format);
@@ -234,7 +246,8 @@ std::shared_ptr<IfcImage> Binning::Process(const IfcImage& image) const {
   RequireArgument(size.width != 0 && size.height != 0, kLocation,
                   "img::processing::Binning::Process: The image is too small!");
   std::shared_ptr<IfcImage> output = pool_->AllocBuffer(format, size)->CreateImage();
-  const Job job{binningX_, binningY_, binningMode_, static_cast<int32_t>(PixelFormatInfo_ComponentMaxValue(format))};
+  const Job job{FindBinningKernels(set_), binningX_, binningY_, binningMode_,
+                static_cast<int32_t>(PixelFormatInfo_ComponentMaxValue(format))};
   if (format == PixelFormatId::RGB10p32) {
     BinPixels<WordGroups>(job, image, *output);
   } else if (PixelFormatInfo_ComponentSignificantBits(format) == 8) {

@@ -6,6 +6,7 @@
 
 #include "buffers/buffer_pool.h"
 #include "core/image.h"
+#include "core/instruction_set.h"
 
 namespace img::processing {
 
@@ -15,7 +16,8 @@ enum class BinningMode : uint16_t { Average = 0, Sum = 1 };
 // Serves one thread at a time.
 class Binning {
  public:
-  explicit Binning(std::shared_ptr<buffer::IfcMultiFormatBufferPool> pool);
+  explicit Binning(std::shared_ptr<buffer::IfcMultiFormatBufferPool> pool,
+                   const ProcessorFeatures& features = ProcessorFeatures::OfThisProcessor());
 
   // Whatever isn't packed, and RGB10p32. False for Invalid and for an id that no public format has.
   static bool IsFormatSupported(PixelFormatId format);
@@ -51,6 +53,7 @@ class Binning {
   uint8_t binningY_ = 1;
   BinningMode binningMode_ = BinningMode::Sum;
   std::shared_ptr<buffer::IfcMultiFormatBufferPool> pool_;
+  InstructionSet set_;
 };
 
 }  // namespace img::processing
