@@ -58,7 +58,13 @@ void CopyMirrored(const IfcImage& input, IfcImage& output, Mirrors mirrors, Inst
   const LineWalk from(source, mirrors.upDown && !isPastCaches);
   const LineWalk to(target, mirrors.upDown && isPastCaches);
   const auto copyLines = mirrors.leftRight ? kernels.copyLinesReversed[input.PixelByteCount()] : kernels.copyLines;
-  copyLines({from.first, from.step, to.first, to.step, input.LineByteCount(), source.size.height, isPastCaches});
+  const size_t byteCount = input.LineByteCount();
+  const size_t height = source.size.height;
+  if (mirrors.leftRight && mirrors.upDown && source.step == byteCount && target.step == byteCount) {
+    // One long line, which has fewer ends.
+    return copyLines({source.first, 0, target.first, 0, byteCount * height, 1, isPastCaches});
+  }
+  copyLines({from.first, from.step, to.first, to.step, byteCount, height, isPastCaches});
 }
 
 void MirrorInPlace(IfcImage& image, Mirrors mirrors, InstructionSet set) {
