@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <bit>
+#include <utility>
 
 #include "processing/conversion/bayer_sites.h"
 #include "processing/conversion/demosaic_vectors.h"
