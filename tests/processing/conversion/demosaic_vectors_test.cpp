@@ -374,6 +374,50 @@ TEST(DemosaicVectors, MonoDividesEverySumExactly) {
 // --------------------------------------------------------------------------------------------------- Lines and images
 // --
 
+// Streamed lines go out in parts, each beginning where the one before it left a cache line unfinished.
+TEST(DemosaicVectors, StreamedLinesAreTheSame) {
+  constexpr size_t kWidestLine = 4300;
+  std::vector<uint8_t> samples(4 * 2 * kWidestLine);
+  Fill(samples.data(), samples.size());
+  const auto line = [&](size_t i) { return samples.data() + i * 2 * kWidestLine; };
+  std::vector<uint8_t> usual(8 * kWidestLine + 64);
+  std::vector<uint8_t> streamed(usual.size());
+  for (const InstructionSet set : RunnableInstructionSets()) {
+    const DemosaicKernels* const kernels = FindDemosaicKernels(set);
+    if (kernels == nullptr) continue;
+    std::vector<std::function<void(uint8_t*, size_t, bool)>> calls;
+    const auto bilinear = [&](auto convert) {
+      calls.emplace_back([&, convert](uint8_t* output, size_t last, bool isStreamed) {
+        convert(BilinearTask{line(0), line(1), line(2), output, 1, last, 0, true, 1023, isStreamed});
+      });
+    };
+    for (const auto convert : kernels->bilinear) bilinear(convert);
+    bilinear(kernels->luminance);
+    for (const auto convert : {kernels->classic3, kernels->classic4}) {
+      calls.emplace_back([&, convert](uint8_t* output, size_t last, bool isStreamed) {
+        convert({{{line(0), line(1)}, {line(2), line(3)}}, {line(1), line(2)}, output, 1, last, true, 255, isStreamed});
+      });
+    }
+    for (const auto convert : {kernels->mono8, kernels->mono16}) {
+      calls.emplace_back([&, convert](uint8_t* output, size_t last, bool isStreamed) {
+        convert({line(0), line(1), output, 1, last, 1, 255, isStreamed});
+      });
+    }
+    for (const auto& call : calls) {
+      for (const size_t last : {250u, 337u, 530u, 705u, 2060u, 2079u, 2080u, 2081u, 4200u, 4298u}) {
+        for (const size_t offset : {0u, 1u, 6u, 32u, 63u}) {
+          std::fill(usual.begin(), usual.end(), uint8_t{0xA5});
+          streamed = usual;
+          call(usual.data() + offset, last, false);
+          call(streamed.data() + offset, last, true);
+          kernels->finishStreams();
+          ASSERT_TRUE(streamed == usual) << set << ", to " << last << ", offset " << offset;
+        }
+      }
+    }
+  }
+}
+
 TEST(FastDemosaic, IsTheSameWithAndWithoutVectors) {
   for (const PixelFormatId format : {PixelFormatId::RGB8, PixelFormatId::BGR8, PixelFormatId::RGBa8,
                                      PixelFormatId::BGRa8, PixelFormatId::RGB10p32, PixelFormatId::Mono8}) {
