@@ -38,7 +38,7 @@ fi
 
 if ((${#files[@]} == 0)); then
   mapfile -d '' -t files < <(find . \( -name build -o -name '.?*' \) -prune -o -type f \
-    \( -name '*.h' -o -name '*.c' -o -name '*.cpp' -o -name '*.inl' \) -print0 | sort -z)
+    \( -name '*.h' -o -name '*.c' -o -name '*.cpp' -o -name '*.hpp' -o -name '*.inl' \) -print0 | sort -z)
 fi
 
 clang-format --style=file "${arguments[@]}" "${files[@]}"
