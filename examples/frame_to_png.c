@@ -47,8 +47,10 @@ int main(int argc, char** argv) {
   }
 
   /* The image lies over the buffer, which must outlive it; nothing is copied. */
-  ok = Succeeded(KORVEL_Image_ConstructFromBuffer(KORVEL_PIXEL_FORMAT_BayerRG12p, buffer, size, width, height, &frame)) &&
-       Succeeded(KORVEL_Image_ConvertTo(frame, KORVEL_PIXEL_FORMAT_RGB8, KORVEL_CONVERSION_MODE_HighQuality, &picture)) &&
+  ok = Succeeded(
+           KORVEL_Image_ConstructFromBuffer(KORVEL_PIXEL_FORMAT_BayerRG12p, buffer, size, width, height, &frame)) &&
+       Succeeded(
+           KORVEL_Image_ConvertTo(frame, KORVEL_PIXEL_FORMAT_RGB8, KORVEL_CONVERSION_MODE_HighQuality, &picture)) &&
        Succeeded(KORVEL_ImageWriter_Write(picture, argv[4], strlen(argv[4])));
   if (picture != NULL) KORVEL_Image_Destruct(picture);
   if (frame != NULL) KORVEL_Image_Destruct(frame);

@@ -41,6 +41,8 @@ readonly base_packages=(
   imagemagick:convert-im6.q16
   libjpeg-turbo-progs:djpeg
   ffmpeg:ffmpeg
+  libaravis-dev:/aravis-0.8/arv.h
+  libusb-1.0-0-dev:/libusb-1.0/libusb.h
 )
 readonly all_packages=(
   clang:clang++
