@@ -56,15 +56,21 @@ template <class T>
 class Span {
  public:
   constexpr Span() noexcept = default;
+  /// size elements from data on.
   constexpr Span(T* data, size_t size) noexcept : data_(data), size_(size) {}
   /// A run of elements may be read as one of const elements.
   template <class U, class = std::enable_if_t<std::is_same_v<const U, T>>>
   constexpr Span(Span<U> other) noexcept : data_(other.data()), size_(other.size()) {}
 
+  /// The first element.
   constexpr T* data() const noexcept { return data_; }
+  /// Number of elements.
   constexpr size_t size() const noexcept { return size_; }
+  /// Whether there are no elements.
   constexpr bool empty() const noexcept { return size_ == 0; }
+  /// The first element.
   constexpr T* begin() const noexcept { return data_; }
+  /// The end of the elements.
   constexpr T* end() const noexcept { return data_ + size_; }
   /// An element; index must be below size().
   constexpr T& operator[](size_t index) const noexcept { return data_[index]; }
@@ -76,29 +82,39 @@ class Span {
 
 /// Version of the library that runs: 1.5.0 is 1, 5 and 0.
 struct LibraryVersion {
+  /// 1 of 1.5.0.
   uint32_t majorPart;
+  /// 5 of 1.5.0.
   uint32_t minorPart;
+  /// 0 of 1.5.0.
   uint32_t subminorPart;
 };
 
 /// The limits of a value, both included.
 template <class T>
 struct ValueRange {
+  /// Least value.
   T min;
+  /// Greatest value.
   T max;
 };
 
 /// The limits of an encoder's option, both included, and the step between its values.
 template <class T>
 struct OptionRange {
+  /// Least value.
   T min;
+  /// Greatest value.
   T max;
+  /// Step between values.
   T increment;
 };
 
 /// Width and height of an image in pixels.
 struct ImageSize {
+  /// Pixels of a row.
   size_t width;
+  /// Number of rows.
   size_t height;
 };
 
@@ -269,6 +285,7 @@ class [[nodiscard]] Result {
 
   /// Whether there is a value. Mind that of a Result<bool> this isn't the value itself.
   bool HasValue() const noexcept { return state_.index() == 0; }
+  /// Whether there is a value.
   explicit operator bool() const noexcept { return HasValue(); }
 
   /// The value.
@@ -276,18 +293,25 @@ class [[nodiscard]] Result {
     Check();
     return *std::get_if<0>(&state_);
   }
+  /// The value.
   const T& Value() const& {
     Check();
     return *std::get_if<0>(&state_);
   }
-  T&& Value() && {
+  /// The value, out of a Result that goes: by value, so that it may be used longer than that.
+  T Value() && {
     Check();
     return std::move(*std::get_if<0>(&state_));
   }
+  /// The value.
   T& operator*() & { return Value(); }
+  /// The value.
   const T& operator*() const& { return Value(); }
-  T&& operator*() && { return std::move(*this).Value(); }
+  /// The value, out of a Result that goes.
+  T operator*() && { return std::move(*this).Value(); }
+  /// The value's members.
   T* operator->() { return &Value(); }
+  /// The value's members.
   const T* operator->() const { return &Value(); }
 
   /// Success, or the failure's code.
@@ -315,6 +339,7 @@ class [[nodiscard]] Result<void> {
 
   /// Whether it is a success.
   bool HasValue() const noexcept { return error_.Code() == ReturnCode::Success; }
+  /// Whether it is a success.
   explicit operator bool() const noexcept { return HasValue(); }
 
   /// Throws the Error if it is a failure.
@@ -334,9 +359,11 @@ class [[nodiscard]] Result<void> {
 
 /// How korvel::Image and its like tell failures.
 struct Throwing {
+  /// What a call that tells a T returns: T itself, or a Result<T>.
   template <class T>
   using Returns = T;
 
+  /// Throws the error.
   template <class T>
   static T Fail(const Error& error) {
     detail::Throw(error);
@@ -345,9 +372,11 @@ struct Throwing {
 
 /// How korvel::nothrow::Image and its like tell failures.
 struct Returning {
+  /// What a call that tells a T returns: T itself, or a Result<T>.
   template <class T>
   using Returns = Result<T>;
 
+  /// A Result with the error.
   template <class T>
   static Result<T> Fail(Error error) noexcept {
     return error;
@@ -433,11 +462,14 @@ ReturnOf<Policy, std::vector<T>> List(Fill fill) {
 template <class Handle, void (*kEnd)(Handle)>
 class Owner {
  public:
+  /// Type of the C handle.
   using HandleType = Handle;
 
   /// Takes over a handle that a C function gave; null holds nothing.
   explicit Owner(Handle handle) noexcept : handle_(handle) {}
+  /// Takes the object of another owner, which then holds nothing.
   Owner(Owner&& other) noexcept : handle_(other.Release()) {}
+  /// Takes the object of another owner, which then holds nothing, and ends its own.
   Owner& operator=(Owner&& other) noexcept {
     if (this != &other) {
       Reset();
@@ -511,6 +543,7 @@ using AnyVideo = Owner<KORVEL_VIDEO_HANDLE, &detail::EndVideo>;
 
 // -------------------------------------------------------------------------------------------------- pixel formats --
 
+/// One enumerator of PixelFormat; gone behind it.
 #define KORVEL_DETAIL_ENUMERATOR(name, id) name = id,
 /// The pixel formats, by the names and ids of korvel.h. Invalid is no format.
 enum class PixelFormat : uint32_t { KORVEL_PIXEL_FORMATS(KORVEL_DETAIL_ENUMERATOR) Invalid = 0 };
@@ -541,9 +574,13 @@ enum class PixelLayout { Unpacked, NoAlignment, Mipi, Word32 };
 
 /// What is known of a pixel format when a program is compiled.
 struct PixelFormatFacts {
+  /// The id.
   PixelFormat format;
+  /// The name, as in korvel.h.
   std::string_view name;
+  /// The family.
   PixelClass pixelClass;
+  /// How channels lie in memory.
   PixelLayout layout;
   /// Bits of a channel that carry its value: 8, 10 or 12.
   unsigned significantBits;
@@ -593,9 +630,10 @@ struct PixelFormatFacts {
   }
 };
 
-/// All pixel formats, in order of their ids.
+/// One element of kPixelFormats; gone behind it.
 #define KORVEL_DETAIL_FACTS(X, name, id, pixelClass, layout, significantBits) \
   {PixelFormat::name, #name, PixelClass::pixelClass, PixelLayout::layout, significantBits},
+/// All pixel formats, in order of their ids.
 inline constexpr PixelFormatFacts kPixelFormats[] = {KORVEL_PIXEL_FORMAT_TABLE(KORVEL_DETAIL_FACTS, )};
 #undef KORVEL_DETAIL_FACTS
 
@@ -631,28 +669,36 @@ using SampleOf =
 template <class Policy>
 class BasicFormatQueries {
  public:
+  /// What a call that tells a T returns: T itself, or a Result<T>.
   template <class T>
   using Returns = typename Policy::template Returns<T>;
 
+  /// Channels of a pixel.
   static Returns<size_t> NumChannels(PixelFormat format) {
     return detail::Ask<Policy, size_t>(KORVEL_PixelFormat_GetNumChannels, static_cast<uint32_t>(format));
   }
+  /// Bits of a channel that carry its value.
   static Returns<size_t> SignificantBitsPerChannel(PixelFormat format) {
     return detail::Ask<Policy, size_t>(KORVEL_PixelFormat_GetNumSignificantBitsPerChannel,
                                        static_cast<uint32_t>(format));
   }
+  /// Bits of memory that a channel takes.
   static Returns<size_t> StorageBitsPerChannel(PixelFormat format) {
     return detail::Ask<Policy, size_t>(KORVEL_PixelFormat_GetNumStorageBitsPerChannel, static_cast<uint32_t>(format));
   }
+  /// Greatest value of a channel.
   static Returns<uint32_t> MaximumValuePerChannel(PixelFormat format) {
     return detail::Ask<Policy, uint32_t>(KORVEL_PixelFormat_GetMaximumValuePerChannel, static_cast<uint32_t>(format));
   }
+  /// Bits of a pixel that carry values.
   static Returns<size_t> SignificantBitsPerPixel(PixelFormat format) {
     return detail::Ask<Policy, size_t>(KORVEL_PixelFormat_GetNumSignificantBitsPerPixel, static_cast<uint32_t>(format));
   }
+  /// Bits of memory that a pixel takes.
   static Returns<size_t> StorageBitsPerPixel(PixelFormat format) {
     return detail::Ask<Policy, size_t>(KORVEL_PixelFormat_GetNumStorageBitsPerPixel, static_cast<uint32_t>(format));
   }
+  /// Order of the bytes in channels of more than 8 bits.
   static Returns<ByteOrder> Endianness(PixelFormat format) {
     return detail::Ask<Policy, ByteOrder, KORVEL_ENDIANNESS>(KORVEL_PixelFormat_GetEndianness,
                                                              static_cast<uint32_t>(format));
@@ -668,6 +714,7 @@ class BasicFormatQueries {
 template <class Policy>
 class BasicLibrary {
  public:
+  /// What a call that tells a T returns: T itself, or a Result<T>.
   template <class T>
   using Returns = typename Policy::template Returns<T>;
 
@@ -816,6 +863,39 @@ constexpr size_t LegacyByteCount(size_t width, size_t height) noexcept {
 
 // ---------------------------------------------------------------------------------------------------------- views --
 
+namespace detail {
+
+// Goes over the rows of a view, none of which is empty.
+template <class Sample>
+class RowIterator {
+ public:
+  using iterator_category = std::input_iterator_tag;
+  using value_type = Span<Sample>;
+  using difference_type = std::ptrdiff_t;
+  using pointer = void;
+  using reference = Span<Sample>;
+
+  RowIterator(Sample* row, size_t samples) noexcept : row_(row), samples_(samples) {}
+  Span<Sample> operator*() const noexcept { return {row_, samples_}; }
+  RowIterator& operator++() noexcept {
+    row_ += samples_;
+    return *this;
+  }
+  RowIterator operator++(int) noexcept {
+    const RowIterator before = *this;
+    row_ += samples_;
+    return before;
+  }
+  bool operator==(const RowIterator& other) const noexcept { return row_ == other.row_; }
+  bool operator!=(const RowIterator& other) const noexcept { return row_ != other.row_; }
+
+ private:
+  Sample* row_;
+  size_t samples_;
+};
+
+}  // namespace detail
+
 /// The pixels of an image as samples in memory: each channel one uint8_t or uint16_t, or a word of three channels one
 /// uint32_t (RGB10p32, BGR10p32). BasicImage::Pixels makes it. It owns nothing, and is valid as long as the image has
 /// its size, format and memory. Positions must lie inside the image; they aren't checked.
@@ -826,40 +906,15 @@ constexpr size_t LegacyByteCount(size_t width, size_t height) noexcept {
 template <class Sample>
 class PixelView {
  public:
-  /// Goes over the rows, from the top.
-  class Iterator {
-   public:
-    using iterator_category = std::input_iterator_tag;
-    using value_type = Span<Sample>;
-    using difference_type = std::ptrdiff_t;
-    using pointer = void;
-    using reference = Span<Sample>;
-
-    Iterator(const PixelView& view, size_t y) noexcept : view_(view), y_(y) {}
-    Span<Sample> operator*() const noexcept { return view_.Row(y_); }
-    Iterator& operator++() noexcept {
-      ++y_;
-      return *this;
-    }
-    Iterator operator++(int) noexcept {
-      Iterator before = *this;
-      ++y_;
-      return before;
-    }
-    bool operator==(const Iterator& other) const noexcept { return y_ == other.y_; }
-    bool operator!=(const Iterator& other) const noexcept { return y_ != other.y_; }
-
-   private:
-    PixelView view_;
-    size_t y_;
-  };
-
   /// A view of width by height pixels of samplesPerPixel samples each, without gaps, at data.
   PixelView(Sample* data, PixelFormat format, size_t width, size_t height, size_t samplesPerPixel) noexcept
       : data_(data), format_(format), width_(width), height_(height), samplesPerPixel_(samplesPerPixel) {}
 
+  /// The image's format.
   PixelFormat Format() const noexcept { return format_; }
+  /// Pixels of a row.
   size_t Width() const noexcept { return width_; }
+  /// Number of rows.
   size_t Height() const noexcept { return height_; }
   /// Samples of a pixel: its channels, in the order of the format's name, or 1 for a word of three channels.
   size_t Channels() const noexcept { return samplesPerPixel_; }
@@ -877,8 +932,10 @@ class PixelView {
   /// All samples, row by row.
   Span<Sample> Samples() const noexcept { return {data_, height_ * width_ * samplesPerPixel_}; }
 
-  Iterator begin() const noexcept { return Iterator(*this, 0); }
-  Iterator end() const noexcept { return Iterator(*this, height_); }
+  /// The rows, from the top.
+  detail::RowIterator<Sample> begin() const noexcept { return {data_, width_ * samplesPerPixel_}; }
+  /// The end of the rows.
+  detail::RowIterator<Sample> end() const noexcept { return {data_ + Samples().size(), width_ * samplesPerPixel_}; }
 
  private:
   Sample* data_;
@@ -930,6 +987,7 @@ ReturnOf<Policy, PixelView<Sample>> ViewOf(const ImageMemory& memory) {
 template <class Policy>
 class BasicImage : public AnyImage {
  public:
+  /// What a call that tells a T returns: T itself, or a Result<T>.
   template <class T>
   using Returns = typename Policy::template Returns<T>;
 
@@ -1000,15 +1058,20 @@ class BasicImage : public AnyImage {
                                             static_cast<uint32_t>(format));
   }
 
+  /// Width in pixels.
   Returns<size_t> Width() const { return detail::Ask<Policy, size_t>(KORVEL_Image_GetWidth, Get()); }
+  /// Height in pixels.
   Returns<size_t> Height() const { return detail::Ask<Policy, size_t>(KORVEL_Image_GetHeight, Get()); }
+  /// Bytes of all pixels.
   Returns<size_t> ByteCount() const { return detail::Ask<Policy, size_t>(KORVEL_Image_GetByteCount, Get()); }
+  /// The pixel format, which mirroring and rotation in place may change.
   Returns<PixelFormat> Format() const {
     return detail::Ask<Policy, PixelFormat, uint32_t>(KORVEL_Image_GetPixelFormat, Get());
   }
 
   /// First byte of the pixels, null for an image without data.
   Returns<uint8_t*> Data() { return detail::Ask<Policy, uint8_t*>(KORVEL_Image_GetData, Get()); }
+  /// First byte of the pixels of a const image.
   Returns<const uint8_t*> Data() const {
     return detail::Ask<Policy, const uint8_t*, uint8_t*>(KORVEL_Image_GetData, Get());
   }
@@ -1017,6 +1080,7 @@ class BasicImage : public AnyImage {
   Returns<uint8_t*> PixelPointer(size_t x, size_t y) {
     return detail::Ask<Policy, uint8_t*>(KORVEL_Image_GetPixelPointer, Get(), x, y);
   }
+  /// Address of a pixel of a const image.
   Returns<const uint8_t*> PixelPointer(size_t x, size_t y) const {
     return detail::Ask<Policy, const uint8_t*, uint8_t*>(KORVEL_Image_GetPixelPointer, Get(), x, y);
   }
@@ -1030,6 +1094,7 @@ class BasicImage : public AnyImage {
   Returns<PixelView<Sample>> Pixels() {
     return MakeView<Sample>();
   }
+  /// A view of the pixels of a const image.
   template <class Sample>
   Returns<PixelView<const Sample>> Pixels() const {
     return MakeView<const Sample>();
@@ -1046,6 +1111,7 @@ class BasicImage : public AnyImage {
   auto Visit(Visitor&& visitor) {
     return VisitViews<uint8_t, uint16_t, uint32_t>(visitor);
   }
+  /// Calls visitor with a view of const samples.
   template <class Visitor>
   auto Visit(Visitor&& visitor) const {
     return VisitViews<const uint8_t, const uint16_t, const uint32_t>(visitor);
@@ -1094,6 +1160,7 @@ class BasicImage : public AnyImage {
   Returns<void> WriteAsRaw(std::string_view path) const {
     return detail::Finish<Policy>(KORVEL_ImageWriter_WriteAsRAW(Get(), path.data(), path.size()));
   }
+  /// Writes a BMP file.
   Returns<void> WriteAsBmp(std::string_view path) const {
     return detail::Finish<Policy>(KORVEL_ImageWriter_WriteAsBMP(Get(), path.data(), path.size()));
   }
@@ -1193,8 +1260,10 @@ class BasicImage : public AnyImage {
 template <class Policy>
 class BasicImageConverter : public AnyImageConverter {
  public:
+  /// What a call that tells a T returns: T itself, or a Result<T>.
   template <class T>
   using Returns = typename Policy::template Returns<T>;
+  /// Images that this class makes.
   using Image = BasicImage<Policy>;
 
   using AnyImageConverter::AnyImageConverter;
@@ -1216,9 +1285,11 @@ class BasicImageConverter : public AnyImageConverter {
         Get(), static_cast<uint32_t>(input), static_cast<uint32_t>(output), width, height, imageCount));
   }
 
+  /// How Bayer images become colour images.
   Returns<ConversionMode> Mode() const {
     return detail::Ask<Policy, ConversionMode, uint32_t>(KORVEL_ImageConverter_GetConversionMode, Get());
   }
+  /// Sets how Bayer images become colour images, for the calls that follow.
   Returns<void> SetMode(ConversionMode mode) {
     return detail::Finish<Policy>(KORVEL_ImageConverter_SetConversionMode(Get(), static_cast<uint32_t>(mode)));
   }
@@ -1248,8 +1319,10 @@ class BasicImageConverter : public AnyImageConverter {
 template <class Policy>
 class BasicGain : public AnyGain {
  public:
+  /// What a call that tells a T returns: T itself, or a Result<T>.
   template <class T>
   using Returns = typename Policy::template Returns<T>;
+  /// Images that this class makes.
   using Image = BasicImage<Policy>;
 
   using AnyGain::AnyGain;
@@ -1263,26 +1336,38 @@ class BasicGain : public AnyGain {
   /// A gain object, with all gains 1.0.
   static Returns<BasicGain> Make() { return detail::Make<Policy, BasicGain>(KORVEL_Gain_Construct); }
 
-  /// Sets a gain, in the limits of its range. Its price is that of new tables, so set it when it changes.
+  /// Sets the gain of all sites, as each gain in the limits of its range. The price is that of new tables, so set a
+  /// gain when it changes.
   Returns<void> SetMaster(float value) { return Set(KORVEL_Gain_SetMasterGainValue, value); }
+  /// Sets the gain of red sites.
   Returns<void> SetRed(float value) { return Set(KORVEL_Gain_SetRedGainValue, value); }
+  /// Sets the gain of green sites.
   Returns<void> SetGreen(float value) { return Set(KORVEL_Gain_SetGreenGainValue, value); }
+  /// Sets the gain of blue sites.
   Returns<void> SetBlue(float value) { return Set(KORVEL_Gain_SetBlueGainValue, value); }
 
+  /// The gain of all sites.
   Returns<float> Master() const { return detail::Ask<Policy, float>(KORVEL_Gain_GetMasterGainValue, Get()); }
+  /// The gain of red sites.
   Returns<float> Red() const { return detail::Ask<Policy, float>(KORVEL_Gain_GetRedGainValue, Get()); }
+  /// The gain of green sites.
   Returns<float> Green() const { return detail::Ask<Policy, float>(KORVEL_Gain_GetGreenGainValue, Get()); }
+  /// The gain of blue sites.
   Returns<float> Blue() const { return detail::Ask<Policy, float>(KORVEL_Gain_GetBlueGainValue, Get()); }
 
+  /// The limits of the master gain.
   Returns<ValueRange<float>> MasterRange() const {
     return detail::AskRange<Policy, float>(KORVEL_Gain_GetMasterGainMin, KORVEL_Gain_GetMasterGainMax, Get());
   }
+  /// The limits of red's gain.
   Returns<ValueRange<float>> RedRange() const {
     return detail::AskRange<Policy, float>(KORVEL_Gain_GetRedGainMin, KORVEL_Gain_GetRedGainMax, Get());
   }
+  /// The limits of green's gain.
   Returns<ValueRange<float>> GreenRange() const {
     return detail::AskRange<Policy, float>(KORVEL_Gain_GetGreenGainMin, KORVEL_Gain_GetGreenGainMax, Get());
   }
+  /// The limits of blue's gain.
   Returns<ValueRange<float>> BlueRange() const {
     return detail::AskRange<Policy, float>(KORVEL_Gain_GetBlueGainMin, KORVEL_Gain_GetBlueGainMax, Get());
   }
@@ -1311,8 +1396,10 @@ class BasicGain : public AnyGain {
 template <class Policy>
 class BasicGammaCorrector : public AnyGammaCorrector {
  public:
+  /// What a call that tells a T returns: T itself, or a Result<T>.
   template <class T>
   using Returns = typename Policy::template Returns<T>;
+  /// Images that this class makes.
   using Image = BasicImage<Policy>;
 
   using AnyGammaCorrector::AnyGammaCorrector;
@@ -1332,9 +1419,11 @@ class BasicGammaCorrector : public AnyGammaCorrector {
   Returns<void> SetGamma(float value) {
     return detail::Finish<Policy>(KORVEL_GammaCorrector_SetGammaCorrectionValue(Get(), &value));
   }
+  /// The gamma that was set.
   Returns<float> Gamma() const {
     return detail::Ask<Policy, float>(KORVEL_GammaCorrector_GetGammaCorrectionValue, Get());
   }
+  /// The limits of gamma.
   Returns<ValueRange<float>> GammaRange() const {
     return detail::AskRange<Policy, float>(KORVEL_GammaCorrector_GetGammaCorrectionMin,
                                            KORVEL_GammaCorrector_GetGammaCorrectionMax, Get());
@@ -1360,8 +1449,10 @@ class BasicGammaCorrector : public AnyGammaCorrector {
 template <class Policy>
 class BasicColorCorrector : public AnyColorCorrector {
  public:
+  /// What a call that tells a T returns: T itself, or a Result<T>.
   template <class T>
   using Returns = typename Policy::template Returns<T>;
+  /// Images that this class makes.
   using Image = BasicImage<Policy>;
   /// Nine factors, line by line: new red, green and blue from red, green and blue.
   using Matrix = std::array<float, 9>;
@@ -1379,9 +1470,11 @@ class BasicColorCorrector : public AnyColorCorrector {
     return detail::Make<Policy, BasicColorCorrector>(KORVEL_ColorCorrector_Construct);
   }
 
+  /// Sets the matrix, for the calls that follow.
   Returns<void> SetFactors(const Matrix& factors) {
     return detail::Finish<Policy>(KORVEL_ColorCorrector_SetColorCorrectionFactors(Get(), factors.data()));
   }
+  /// The matrix that was set.
   Returns<Matrix> Factors() const {
     Matrix factors{};
     size_t size = factors.size();
@@ -1409,8 +1502,10 @@ class BasicColorCorrector : public AnyColorCorrector {
 template <class Policy>
 class BasicAdaptiveHotpixelCorrector : public AnyAdaptiveHotpixelCorrector {
  public:
+  /// What a call that tells a T returns: T itself, or a Result<T>.
   template <class T>
   using Returns = typename Policy::template Returns<T>;
+  /// Images that this class makes.
   using Image = BasicImage<Policy>;
 
   using AnyAdaptiveHotpixelCorrector::AnyAdaptiveHotpixelCorrector;
@@ -1431,6 +1526,7 @@ class BasicAdaptiveHotpixelCorrector : public AnyAdaptiveHotpixelCorrector {
   Returns<void> SetSensitivity(uint32_t level) {
     return detail::Finish<Policy>(KORVEL_AdaptiveHotpixelCorrector_SetSensitivity(Get(), level));
   }
+  /// The sensitivity that was set.
   Returns<uint32_t> Sensitivity() const {
     return detail::Ask<Policy, uint32_t>(KORVEL_AdaptiveHotpixelCorrector_GetSensitivity, Get());
   }
@@ -1439,6 +1535,7 @@ class BasicAdaptiveHotpixelCorrector : public AnyAdaptiveHotpixelCorrector {
   Returns<void> SetGainFactorPercent(uint32_t percent) {
     return detail::Finish<Policy>(KORVEL_AdaptiveHotpixelCorrector_SetGainFactorPercent(Get(), percent));
   }
+  /// The gain factor that was set.
   Returns<uint32_t> GainFactorPercent() const {
     return detail::Ask<Policy, uint32_t>(KORVEL_AdaptiveHotpixelCorrector_GetGainFactorPercent, Get());
   }
@@ -1461,6 +1558,7 @@ class BasicAdaptiveHotpixelCorrector : public AnyAdaptiveHotpixelCorrector {
     return detail::Make<Policy, Image>(KORVEL_AdaptiveHotpixelCorrector_Correct, Get(), image.Get(), hotpixels.data(),
                                        hotpixels.size());
   }
+  /// The same with a vector.
   Returns<Image> Correct(const AnyImage& image, const std::vector<Point>& hotpixels) {
     return Correct(image, Span<const Point>(hotpixels.data(), hotpixels.size()));
   }
@@ -1477,8 +1575,10 @@ class BasicAdaptiveHotpixelCorrector : public AnyAdaptiveHotpixelCorrector {
 template <class Policy>
 class BasicBinning : public AnyBinning {
  public:
+  /// What a call that tells a T returns: T itself, or a Result<T>.
   template <class T>
   using Returns = typename Policy::template Returns<T>;
+  /// Images that this class makes.
   using Image = BasicImage<Policy>;
 
   using AnyBinning::AnyBinning;
@@ -1492,19 +1592,25 @@ class BasicBinning : public AnyBinning {
   /// A binning with factors of 1 and mode Sum.
   static Returns<BasicBinning> Make() { return detail::Make<Policy, BasicBinning>(KORVEL_Binning_Construct); }
 
-  /// Width (X) and height (Y) of a block, in the limits of FactorRange.
+  /// Width of a block, in the limits of FactorRange.
   Returns<void> SetX(uint8_t factor) { return detail::Finish<Policy>(KORVEL_Binning_SetBinningX(Get(), &factor)); }
+  /// Height of a block, in the limits of FactorRange.
   Returns<void> SetY(uint8_t factor) { return detail::Finish<Policy>(KORVEL_Binning_SetBinningY(Get(), &factor)); }
+  /// Width of a block.
   Returns<uint8_t> X() const { return detail::Ask<Policy, uint8_t>(KORVEL_Binning_GetBinningX, Get()); }
+  /// Height of a block.
   Returns<uint8_t> Y() const { return detail::Ask<Policy, uint8_t>(KORVEL_Binning_GetBinningY, Get()); }
+  /// The limits of both factors.
   Returns<ValueRange<uint8_t>> FactorRange() const {
     return detail::AskRange<Policy, uint8_t>(KORVEL_Binning_GetBinningMin, KORVEL_Binning_GetBinningMax, Get());
   }
 
+  /// Whether a block becomes its mean or its sum.
   Returns<void> SetMode(BinningMode mode) {
     const auto value = static_cast<KORVEL_BINNING_MODE>(mode);
     return detail::Finish<Policy>(KORVEL_Binning_SetBinningMode(Get(), &value));
   }
+  /// The mode that was set.
   Returns<BinningMode> Mode() const {
     return detail::Ask<Policy, BinningMode, KORVEL_BINNING_MODE>(KORVEL_Binning_GetBinningMode, Get());
   }
@@ -1532,8 +1638,10 @@ class BasicBinning : public AnyBinning {
 template <class Policy>
 class BasicImageTransformer : public AnyImageTransformer {
  public:
+  /// What a call that tells a T returns: T itself, or a Result<T>.
   template <class T>
   using Returns = typename Policy::template Returns<T>;
+  /// Images that this class makes.
   using Image = BasicImage<Policy>;
 
   using AnyImageTransformer::AnyImageTransformer;
@@ -1549,24 +1657,28 @@ class BasicImageTransformer : public AnyImageTransformer {
     return detail::Make<Policy, BasicImageTransformer>(KORVEL_ImageTransformer_Construct);
   }
 
-  /// Mirrors into a new image: UpDown exchanges top and bottom, LeftRight left and right.
+  /// Mirrors into a new image: exchanges top and bottom.
   Returns<Image> MirrorUpDown(const AnyImage& image) {
     return detail::Make<Policy, Image>(KORVEL_ImageTransformer_MirrorUpDown, Get(), image.Get());
   }
+  /// Mirrors into a new image: exchanges left and right.
   Returns<Image> MirrorLeftRight(const AnyImage& image) {
     return detail::Make<Policy, Image>(KORVEL_ImageTransformer_MirrorLeftRight, Get(), image.Get());
   }
+  /// Mirrors into a new image in both directions.
   Returns<Image> MirrorUpDownLeftRight(const AnyImage& image) {
     return detail::Make<Policy, Image>(KORVEL_ImageTransformer_MirrorUpDownLeftRight, Get(), image.Get());
   }
 
-  /// Mirrors the image's own pixels. Its format may change.
+  /// Exchanges top and bottom of the image itself. Its format may change.
   Returns<void> MirrorUpDownInPlace(AnyImage& image) {
     return detail::Finish<Policy>(KORVEL_ImageTransformer_MirrorUpDownInPlace(Get(), image.Get()));
   }
+  /// Exchanges left and right of the image itself. Its format may change.
   Returns<void> MirrorLeftRightInPlace(AnyImage& image) {
     return detail::Finish<Policy>(KORVEL_ImageTransformer_MirrorLeftRightInPlace(Get(), image.Get()));
   }
+  /// Mirrors the image itself in both directions. Its format may change.
   Returns<void> MirrorUpDownLeftRightInPlace(AnyImage& image) {
     return detail::Finish<Policy>(KORVEL_ImageTransformer_MirrorUpDownLeftRightInPlace(Get(), image.Get()));
   }
@@ -1591,6 +1703,7 @@ class BasicImageTransformer : public AnyImageTransformer {
 template <class Policy>
 class BasicHistogram : public AnyHistogram {
  public:
+  /// What a call that tells a T returns: T itself, or a Result<T>.
   template <class T>
   using Returns = typename Policy::template Returns<T>;
 
@@ -1607,16 +1720,18 @@ class BasicHistogram : public AnyHistogram {
     return detail::Make<Policy, BasicHistogram>(KORVEL_Histogram_Construct, image.Get());
   }
 
-  /// Format and channels of the image that was measured.
+  /// Format of the image that was measured.
   Returns<PixelFormat> Format() const {
     return detail::Ask<Policy, PixelFormat, uint32_t>(KORVEL_Histogram_GetPixelFormat, Get());
   }
+  /// Channels of the image that was measured.
   Returns<size_t> NumChannels() const { return detail::Ask<Policy, size_t>(KORVEL_Histogram_GetNumChannels, Get()); }
 
-  /// Sum and number of a channel's values.
+  /// Sum of a channel's values.
   Returns<uint64_t> PixelSum(size_t channel) const {
     return detail::Ask<Policy, uint64_t>(KORVEL_Histogram_GetPixelSumForChannel, Get(), channel);
   }
+  /// Number of a channel's values.
   Returns<uint64_t> PixelCount(size_t channel) const {
     return detail::Ask<Policy, uint64_t>(KORVEL_Histogram_GetPixelCountForChannel, Get(), channel);
   }
@@ -1632,6 +1747,7 @@ class BasicHistogram : public AnyHistogram {
 template <class Policy>
 class BasicPixelLine : public AnyPixelLine {
  public:
+  /// What a call that tells a T returns: T itself, or a Result<T>.
   template <class T>
   using Returns = typename Policy::template Returns<T>;
 
@@ -1650,14 +1766,17 @@ class BasicPixelLine : public AnyPixelLine {
                                                 static_cast<uint32_t>(orientation), offset);
   }
 
-  /// Format of the image that was measured, which line it was, and the channels.
+  /// Format of the image that was measured.
   Returns<PixelFormat> Format() const {
     return detail::Ask<Policy, PixelFormat, uint32_t>(KORVEL_PixelLine_GetPixelFormat, Get());
   }
+  /// Whether it was a row or a column.
   Returns<LineOrientation> Orientation() const {
     return detail::Ask<Policy, LineOrientation, uint32_t>(KORVEL_PixelLine_GetOrientation, Get());
   }
+  /// Which row or column it was.
   Returns<size_t> Offset() const { return detail::Ask<Policy, size_t>(KORVEL_PixelLine_GetOffset, Get()); }
+  /// Channels of the image that was measured.
   Returns<size_t> NumChannels() const { return detail::Ask<Policy, size_t>(KORVEL_PixelLine_GetNumChannels, Get()); }
 
   /// A channel's values along the line.
@@ -1675,6 +1794,7 @@ class BasicPixelLine : public AnyPixelLine {
 template <class Policy>
 class BasicVideo : public AnyVideo {
  public:
+  /// What a call that tells a T returns: T itself, or a Result<T>.
   template <class T>
   using Returns = typename Policy::template Returns<T>;
 
@@ -1719,12 +1839,14 @@ class BasicVideo : public AnyVideo {
     return detail::Finish<Policy>(
         KORVEL_VideoWriter_Encoder_SetOption(Get(), KORVEL_VIDEO_ENCODER_OPTION_Quality, &quality, sizeof quality));
   }
+  /// The quality that is set.
   Returns<int32_t> Quality() const {
     int32_t quality = 0;
     const KORVEL_RETURN_CODE code = KORVEL_VideoWriter_Encoder_GetOption(Get(), KORVEL_VIDEO_ENCODER_OPTION_Quality,
                                                                          &quality, sizeof quality, nullptr);
     return detail::Finish<Policy, int32_t>(code, quality);
   }
+  /// The limits of the quality.
   Returns<OptionRange<int32_t>> QualityRange() const {
     OptionRange<int32_t> range{};
     const KORVEL_RETURN_CODE code = KORVEL_VideoWriter_Encoder_OptionRange(Get(), KORVEL_VIDEO_ENCODER_OPTION_Quality,
@@ -1737,6 +1859,7 @@ class BasicVideo : public AnyVideo {
     return detail::Finish<Policy>(KORVEL_VideoWriter_Container_SetOption(
         Get(), KORVEL_VIDEO_CONTAINER_OPTION_FramesPerSecond, &framesPerSecond, sizeof framesPerSecond));
   }
+  /// The images per second that are set.
   Returns<double> FramesPerSecond() const {
     double framesPerSecond = 0;
     const KORVEL_RETURN_CODE code = KORVEL_VideoWriter_Container_GetOption(
@@ -1751,13 +1874,15 @@ class BasicVideo : public AnyVideo {
     return detail::Finish<Policy, OptionRange<double>>(code, range);
   }
 
-  /// Images written and dropped so far, and the bytes of all written images.
+  /// Images written so far.
   Returns<uint64_t> EncodedFrames() const {
     return detail::Ask<Policy, uint64_t>(KORVEL_VideoWriter_Video_GetEncodedFrames, Get());
   }
+  /// Images dropped so far.
   Returns<uint64_t> DroppedFrames() const {
     return detail::Ask<Policy, uint64_t>(KORVEL_VideoWriter_Video_GetDroppedFrames, Get());
   }
+  /// Bytes of all written images, compressed.
   Returns<uint64_t> FileSize() const {
     return detail::Ask<Policy, uint64_t>(KORVEL_VideoWriter_Video_GetFileSize, Get());
   }
@@ -1770,7 +1895,9 @@ class BasicVideo : public AnyVideo {
   Returns<void> SetQueueSize(uint32_t size) {
     return detail::Finish<Policy>(KORVEL_VideoWriter_Queue_SetSize(Get(), size));
   }
+  /// How many images the queue can hold.
   Returns<uint32_t> QueueSize() const { return detail::Ask<Policy, uint32_t>(KORVEL_VideoWriter_Queue_GetSize, Get()); }
+  /// The limits of the queue's size.
   Returns<ValueRange<uint32_t>> QueueRange() const {
     ValueRange<uint32_t> range{};
     const KORVEL_RETURN_CODE code = KORVEL_VideoWriter_Queue_GetRange(Get(), &range.min, &range.max);
@@ -1779,28 +1906,31 @@ class BasicVideo : public AnyVideo {
   /// How many images the queue holds now.
   Returns<uint32_t> Queued() const { return detail::Ask<Policy, uint32_t>(KORVEL_VideoWriter_Queue_GetQueued, Get()); }
 
-  /// Wait until the queue has run dry: true if it has, false if time ran out, which is no failure. Times are limited to
-  /// 0 and 2^32 - 1 milliseconds.
+  /// Waits until the queue has run dry: true if it has, false if time ran out, which is no failure. Times are limited
+  /// to 0 and 2^32 - 1 milliseconds.
   Returns<bool> WaitUntilQueueEmpty(std::chrono::milliseconds timeout) {
     return Unless(KORVEL_RETURN_CODE_Timeout,
                   KORVEL_VideoWriter_Video_WaitUntilQueueEmpty(Get(), Milliseconds(timeout)));
   }
+  /// The same: it doesn't answer for each image.
   Returns<bool> WaitUntilFrameDone(std::chrono::milliseconds timeout) {
     return Unless(KORVEL_RETURN_CODE_Timeout,
                   KORVEL_VideoWriter_Video_WaitUntilFrameDone(Get(), Milliseconds(timeout)));
   }
 
-  /// What can be combined.
+  /// Encoders for a container.
   static Returns<std::vector<VideoEncoder>> EncodersFor(VideoContainer container) {
     return detail::List<Policy, VideoEncoder, uint16_t>([&](uint16_t* encoders, size_t* size) {
       return KORVEL_VideoWriter_GetSupportedEncodersForAContainer(static_cast<uint16_t>(container), encoders, size);
     });
   }
+  /// Containers for an encoder.
   static Returns<std::vector<VideoContainer>> ContainersFor(VideoEncoder encoder) {
     return detail::List<Policy, VideoContainer, uint16_t>([&](uint16_t* containers, size_t* size) {
       return KORVEL_VideoWriter_GetSupportedContainersForAnEncoder(static_cast<uint16_t>(encoder), containers, size);
     });
   }
+  /// Formats of images that an encoder takes.
   static Returns<std::vector<PixelFormat>> PixelFormatsFor(VideoEncoder encoder) {
     return detail::List<Policy, PixelFormat, uint32_t>([&](uint32_t* formats, size_t* size) {
       return KORVEL_VideoWriter_Encoder_GetSupportedPixelFormats(static_cast<uint16_t>(encoder), formats, size);
@@ -1822,36 +1952,61 @@ class BasicVideo : public AnyVideo {
 
 // -------------------------------------------------------------------------------------------------- the two forms --
 
-/// The form that throws.
+/// Answers about pixel formats; throws.
 using FormatQueries = BasicFormatQueries<Throwing>;
+/// What the library tells of itself; throws.
 using Library = BasicLibrary<Throwing>;
+/// Images whose calls throw.
 using Image = BasicImage<Throwing>;
+/// Converters whose calls throw.
 using ImageConverter = BasicImageConverter<Throwing>;
+/// Gains whose calls throw.
 using Gain = BasicGain<Throwing>;
+/// Gamma correctors whose calls throw.
 using GammaCorrector = BasicGammaCorrector<Throwing>;
+/// Colour correctors whose calls throw.
 using ColorCorrector = BasicColorCorrector<Throwing>;
+/// Hot pixel correctors whose calls throw.
 using AdaptiveHotpixelCorrector = BasicAdaptiveHotpixelCorrector<Throwing>;
+/// Binning whose calls throw.
 using Binning = BasicBinning<Throwing>;
+/// Transformers whose calls throw.
 using ImageTransformer = BasicImageTransformer<Throwing>;
+/// Histograms whose calls throw.
 using Histogram = BasicHistogram<Throwing>;
+/// Lines of pixels whose calls throw.
 using PixelLine = BasicPixelLine<Throwing>;
+/// Videos whose calls throw.
 using Video = BasicVideo<Throwing>;
 
 /// The form that returns failures.
 namespace nothrow {
 
+/// Answers about pixel formats; returns failures.
 using FormatQueries = BasicFormatQueries<Returning>;
+/// What the library tells of itself; returns failures.
 using Library = BasicLibrary<Returning>;
+/// Images whose calls return failures.
 using Image = BasicImage<Returning>;
+/// Converters whose calls return failures.
 using ImageConverter = BasicImageConverter<Returning>;
+/// Gains whose calls return failures.
 using Gain = BasicGain<Returning>;
+/// Gamma correctors whose calls return failures.
 using GammaCorrector = BasicGammaCorrector<Returning>;
+/// Colour correctors whose calls return failures.
 using ColorCorrector = BasicColorCorrector<Returning>;
+/// Hot pixel correctors whose calls return failures.
 using AdaptiveHotpixelCorrector = BasicAdaptiveHotpixelCorrector<Returning>;
+/// Binning whose calls return failures.
 using Binning = BasicBinning<Returning>;
+/// Transformers whose calls return failures.
 using ImageTransformer = BasicImageTransformer<Returning>;
+/// Histograms whose calls return failures.
 using Histogram = BasicHistogram<Returning>;
+/// Lines of pixels whose calls return failures.
 using PixelLine = BasicPixelLine<Returning>;
+/// Videos whose calls return failures.
 using Video = BasicVideo<Returning>;
 
 }  // namespace nothrow

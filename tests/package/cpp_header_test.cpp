@@ -225,6 +225,13 @@ TEST(CppHeaderFailures, SuccessesHaveAValue) {
   EXPECT_EQ(moved.Height().Value(), 3u);
 }
 
+TEST(CppHeaderFailures, AValueOutlivesTheResultThatItCameFrom) {
+  const auto image = korvel::nothrow::Image::Make(PixelFormat::Mono8, 3, 2);
+  size_t samples = 0;
+  for (const auto row : *image->Pixels<uint8_t>()) samples += row.size();
+  EXPECT_EQ(samples, 6u);
+}
+
 TEST(CppHeaderFailures, ResultsWithoutAValueTellSuccess) {
   auto gain = korvel::nothrow::Gain::Make();
   const korvel::Result<void> good = gain->SetMaster(2.0f);
@@ -429,9 +436,9 @@ Bytes WithoutPadding(const Bytes& padded, size_t stride, size_t bitsPerLine, siz
 TEST(CppHeaderPaddedLines, AreCopiedWithoutTheirPadding) {
   constexpr size_t kHeight = 5;
   for (const korvel::PixelFormatFacts& facts : korvel::kPixelFormats) {
-    for (const size_t width : {1, 2, 3, 4, 5, 7, 8, 12, 13}) {
+    for (const size_t width : {1u, 2u, 3u, 4u, 5u, 7u, 8u, 12u, 13u}) {
       if (facts.layout == korvel::PixelLayout::Mipi && width % (facts.significantBits == 10 ? 4 : 2) != 0) continue;
-      for (const size_t padding : {0, 1, 6}) {
+      for (const size_t padding : {0u, 1u, 6u}) {
         SCOPED_TRACE(std::string(facts.name) + ", width " + std::to_string(width) + ", " + std::to_string(padding));
         const size_t bits = width * facts.BitsPerPixel();
         const size_t stride = (bits + 7) / 8 + padding;
