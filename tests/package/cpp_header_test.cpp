@@ -34,6 +34,12 @@ ReturnCode CodeOf(Body&& body) {
   return ReturnCode::Success;
 }
 
+// Makes another owner of what object holds. What stays behind can be looked at.
+template <class To, class From>
+To TakeFrom(From& object) {
+  return To(std::move(object));
+}
+
 Bytes RandomBytes(size_t size, unsigned seed) {
   std::mt19937 random(seed);
   Bytes bytes(size);
@@ -150,7 +156,7 @@ TYPED_TEST(CppHeaderOwner, MovesAndDoesNotCopy) {
 
 TYPED_TEST(CppHeaderOwner, HoldsNothingOnceMovedFrom) {
   TypeParam object = Kind<TypeParam>::Make();
-  const TypeParam taken(std::move(object));
+  const auto taken = TakeFrom<TypeParam>(object);
   EXPECT_FALSE(object);
   EXPECT_EQ(object.Get(), nullptr);
   EXPECT_EQ(CodeOf([&] { Kind<TypeParam>::Use(object); }), ReturnCode::InvalidHandle);
@@ -257,7 +263,7 @@ TEST(CppHeaderFailures, AFailureWithoutATextHasTheNameOfItsCode) {
 TEST(CppHeaderFailures, ObjectsPassFromOneFormToTheOther) {
   korvel::Gain loud;
   loud.SetRed(3.0f);
-  korvel::nothrow::Gain quiet(std::move(loud));
+  auto quiet = TakeFrom<korvel::nothrow::Gain>(loud);
   EXPECT_FALSE(loud);
   EXPECT_EQ(quiet.Red().Value(), 3.0f);
   const korvel::Gain again(std::move(quiet));
@@ -620,7 +626,7 @@ TEST(CppHeaderImageConverter, ConvertsStreams) {
   const korvel::Image frame = MakeRamp(PixelFormat::BayerRG12, 16, 8);
   const korvel::Image picture = converter.Convert(frame, PixelFormat::RGB8);
   EXPECT_EQ(PixelsOf(picture), PixelsOf(frame.ConvertTo(PixelFormat::RGB8)));
-  Bytes memory(16 * 8 * 3);
+  Bytes memory(PixelsOf(picture).size());
   const korvel::Image inBuffer = converter.ConvertToBuffer(frame, PixelFormat::RGB8, memory.data(), memory.size());
   EXPECT_EQ(PixelsOf(inBuffer), PixelsOf(picture));
   EXPECT_EQ(memory, PixelsOf(picture));
