@@ -43,7 +43,8 @@ class Check {
 constexpr int kBuffers = 4;
 constexpr guint64 kTimeoutMicroseconds = 5'000'000;
 
-// Looks at one frame in the camera's own buffer. The id of the camera's pixel format is the library's.
+// Looks at one frame in the camera's own buffer. The id of the camera's pixel format is the library's; only
+// Mono12Packed and its kin, which it doesn't know, need korvel::Image::CopyLegacyPacked instead.
 void Look(ArvBuffer* buffer, korvel::ImageConverter& converter, const char* path) {
   size_t size = 0;
   auto* const data = static_cast<uint8_t*>(const_cast<void*>(arv_buffer_get_data(buffer, &size)));

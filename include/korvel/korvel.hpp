@@ -813,17 +813,20 @@ inline void UnpackLegacy(const uint8_t* input, size_t pixels, unsigned bits, uin
   }
 }
 
-// Writes the first bitCount bits of line behind the first bitPosition bits of stream; both are little-endian streams.
+// Writes the first bitCount bits of line, of which there is at least one, behind the first bitPosition bits of stream.
+// Both are little-endian streams.
 inline void AppendBits(const uint8_t* line, size_t bitCount, uint8_t* stream, size_t bitPosition) {
   const size_t shift = bitPosition % 8;
   stream += bitPosition / 8;
-  for (; bitCount != 0; ++line, ++stream) {
-    const size_t count = bitCount < 8 ? bitCount : 8;
-    const unsigned bits = *line & ((1u << count) - 1);
-    *stream = static_cast<uint8_t>((*stream & ((1u << shift) - 1)) | bits << shift);
-    if (shift + count > 8) stream[1] = static_cast<uint8_t>(bits >> (8 - shift));
-    bitCount -= count;
+  unsigned bits = *stream & ((1u << shift) - 1);
+  for (; bitCount >= 8; bitCount -= 8) {
+    bits |= unsigned{*line++} << shift;
+    *stream++ = static_cast<uint8_t>(bits);
+    bits >>= 8;
   }
+  if (bitCount != 0) bits |= (*line & ((1u << bitCount) - 1)) << shift;
+  if (shift + bitCount > 0) *stream++ = static_cast<uint8_t>(bits);
+  if (shift + bitCount > 8) *stream = static_cast<uint8_t>(bits >> 8);
 }
 
 // Copies lines that lie stride bytes apart so that they follow each other without padding.
