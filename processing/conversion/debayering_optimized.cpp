@@ -197,21 +197,20 @@ constexpr bool IsColour8(const FormatFacts& facts) {
   return facts.type == PixelType::Color && facts.significantBits == 8;
 }
 
-// Calls convert with the format as a constant if it is an 8-bit colour; false otherwise.
+// Calls convert with the format, an 8-bit colour, as a constant.
 template <class ConvertTo>
-bool ForColour8(PixelFormatId format, ConvertTo&& convert) {
+void ForColour8(PixelFormatId format, ConvertTo&& convert) {
   switch (format) {
 #define KORVEL_CASE(name)                                                    \
   case PixelFormatId::name:                                                  \
     if constexpr (IsColour8(kFacts<PixelFormatId::name>)) {                  \
       convert(std::integral_constant<PixelFormatId, PixelFormatId::name>{}); \
-      return true;                                                           \
     }                                                                        \
-    return false;
+    break;
     KORVEL_FOR_EACH_PUBLIC_FORMAT(KORVEL_CASE)
 #undef KORVEL_CASE
     default:
-      return false;
+      break;
   }
 }
 
@@ -226,36 +225,39 @@ bool DebayeringOptimized::IsClassicOutput(PixelFormatId format) {
   return facts && IsColour8(*facts);
 }
 
+DebayeringOptimized::Path DebayeringOptimized::FindPath(const Size2D& size, PixelFormatId inputFormat,
+                                                        PixelFormatId outputFormat, uint32_t conversionMode) const {
+  if (size.width < kSmallestSide || size.height < kSmallestSide || size.width % 2 != 0 || size.height % 2 != 0) {
+    return Path::kNone;
+  }
+  const bool hasVectors = features_.avx != 0 || features_.avx2 != 0;
+  const bool isFast = conversionMode == kConversionModeFast && hasVectors;
+  if (inputFormat == PixelFormatId::BayerRG10 && outputFormat == PixelFormatId::RGB10p32) {
+    return isFast ? Path::kFast : Path::kNone;
+  }
+  // Classic and the 8-bit paths of Fast exist for the same inputs.
+  if (!IsClassicInput(inputFormat)) return Path::kNone;
+  if (conversionMode == kConversionModeClassic) return IsClassicOutput(outputFormat) ? Path::kClassic : Path::kNone;
+  // Intended: the three-byte pixels have no path for a processor that has AVX2 and not AVX.
+  const bool isThreeBytes = outputFormat == PixelFormatId::RGB8 || outputFormat == PixelFormatId::BGR8;
+  if (!isFast || (isThreeBytes && features_.avx == 0)) return Path::kNone;
+  return outputFormat == PixelFormatId::Mono8 || IsClassicOutput(outputFormat) ? Path::kFast : Path::kNone;
+}
+
 bool DebayeringOptimized::Convert(const uint8_t* input, size_t width, size_t height, PixelFormatId inputFormat,
                                   uint8_t* output, size_t /*outputSize*/, PixelFormatId outputFormat,
                                   uint32_t conversionMode) const {
-  if (width < kSmallestSide || height < kSmallestSide || width % 2 != 0 || height % 2 != 0) return false;
-  const bool hasVectors = features_.avx != 0 || features_.avx2 != 0;
-
-  const std::optional<FormatFacts> format = FindFacts(outputFormat);
-  if (!format) return false;
-  const Target target = {*format, output};
-  const BayerPhase phase = PhaseOf(PixelFormatInfo_Class(inputFormat));
-  const size_t luminanceLanes = features_.avx2 != 0 ? 32 : 16;
-
-  if (inputFormat == PixelFormatId::BayerRG10 && outputFormat == PixelFormatId::RGB10p32) {
-    if (conversionMode != kConversionModeFast || !hasVectors) return false;
-    ConvertFast({input, width, height, phase, width * sizeof(uint16_t)}, target, set_, luminanceLanes);
-    return true;
+  const Path path = FindPath({width, height}, inputFormat, outputFormat, conversionMode);
+  if (path == Path::kNone) return false;
+  const FormatFacts from = *FindFacts(inputFormat);
+  const FormatFacts to = *FindFacts(outputFormat);
+  const Mosaic mosaic{input, width, height, PhaseOf(from.pixelClass), from.ByteCount(width)};
+  const Target target = {to, output};
+  if (path == Path::kFast) {
+    ConvertFast(mosaic, target, set_, LuminanceLanes());
+  } else {
+    ForColour8(outputFormat, [&](auto id) { ConvertClassic<id>(mosaic, target, set_); });
   }
-
-  // Classic and the 8-bit paths of Fast exist for the same inputs.
-  if (!IsClassicInput(inputFormat)) return false;
-  const Mosaic mosaic{input, width, height, phase, width};
-  if (conversionMode == kConversionModeClassic) {
-    return ForColour8(outputFormat, [&](auto id) { ConvertClassic<id>(mosaic, target, set_); });
-  }
-  if (conversionMode != kConversionModeFast || !hasVectors) return false;
-  // Intended: the three-byte pixels have no path for a processor that has AVX2 and not AVX.
-  const bool isThreeBytes = outputFormat == PixelFormatId::RGB8 || outputFormat == PixelFormatId::BGR8;
-  if (isThreeBytes && features_.avx == 0) return false;
-  if (outputFormat != PixelFormatId::Mono8 && !IsColour8(*format)) return false;
-  ConvertFast(mosaic, target, set_, luminanceLanes);
   return true;
 }
 

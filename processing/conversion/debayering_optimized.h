@@ -9,6 +9,7 @@
 #include <cstddef>
 #include <cstdint>
 
+#include "core/geometry.h"
 #include "core/instruction_set.h"
 #include "core/pixel_format.h"
 #include "core/processor_features.h"
@@ -23,6 +24,15 @@ class DebayeringOptimized {
   // The formats between which Classic exists.
   static bool IsClassicInput(PixelFormatId format);
   static bool IsClassicOutput(PixelFormatId format);
+
+  enum class Path { kNone, kFast, kClassic };
+
+  // The path that Convert takes, if any.
+  Path FindPath(const Size2D& size, PixelFormatId inputFormat, PixelFormatId outputFormat,
+                uint32_t conversionMode) const;
+
+  // How many columns of luminance are computed as lanes of one vector.
+  size_t LuminanceLanes() const { return features_.avx2 != 0 ? 32 : 16; }
 
   // Converts and returns true, or touches nothing and returns false. Pixels lie without gaps from input and output on,
   // with no alignment; outputSize is not read.

@@ -48,6 +48,7 @@ ImageConverter::ImageConverter(std::shared_ptr<buffer::IfcMultiFormatBufferPool>
                                const ProcessorFeatures& features)
     : pool_(std::move(pool)),
       debayeringOptimized_(std::make_shared<DebayeringOptimized>(features)),
+      fusedConversion_(features),
       streamConversion_(features) {}
 
 IfcConversionProcessingModule& ImageConverter::GetBayerConverter(PixelFormatId input, PixelFormatId output) const {
@@ -121,19 +122,36 @@ std::shared_ptr<IfcImage> ImageConverter::Convert(const std::shared_ptr<IfcImage
 }
 
 std::shared_ptr<IfcImage> ImageConverter::ConvertAtOnce(IfcImage& input, PixelFormatId output) const {
-  if (!streamConversion_.Takes(input, output)) return nullptr;
-  std::shared_ptr<IfcImage> result = pool_->AllocBufferToFill(output, input.Area().size)->CreateImage();
-  streamConversion_.Convert(input, output, result->PixelPointer(0, 0));
+  const auto plan = fusedConversion_.FindPlan(input, output, conversionMode_);
+  if (!plan && !streamConversion_.Takes(input, output)) return nullptr;
+  // Demosaics leave the bits of a word that carry nothing as they were, which is 0 in new memory.
+  const bool isFilled = output != PixelFormatId::RGB10p32;
+  const Size2D& size = input.Area().size;
+  std::shared_ptr<IfcImage> result =
+      (isFilled ? pool_->AllocBufferToFill(output, size) : pool_->AllocBuffer(output, size))->CreateImage();
+  uint8_t* const pixels = result->PixelPointer(0, 0);
+  if (plan) {
+    fusedConversion_.Convert(*plan, input, pixels);
+  } else {
+    streamConversion_.Convert(input, output, pixels);
+  }
   return result;
 }
 
-bool ImageConverter::ConvertAtOnce(IfcImage& input, PixelFormatId output, uint8_t* buffer, size_t size) const {
-  if (!streamConversion_.Takes(input, output)) return false;
+bool ImageConverter::ConvertAtOnce(IfcImage& input, PixelFormatId output, uint32_t mode, uint8_t* buffer,
+                                   size_t size) const {
+  const auto plan = fusedConversion_.FindPlan(input, output, mode);
+  // Which bits stay depends on the pool's memory.
+  if (plan ? plan->keepsUnusedBits : !streamConversion_.Takes(input, output)) return false;
   const Size2D& area = input.Area().size;
   if (size != PixelFormatInfo_CalcSizeOfPixels(output, area.width * area.height)) return false;
   const uint8_t* const pixels = input.PixelPointer(0, 0);
   if (std::less<>()(buffer, pixels + input.ByteCount()) && std::less<>()(pixels, buffer + size)) return false;
-  streamConversion_.Convert(input, output, buffer);
+  if (plan) {
+    fusedConversion_.Convert(*plan, input, buffer);
+  } else {
+    streamConversion_.Convert(input, output, buffer);
+  }
   return true;
 }
 
@@ -230,7 +248,7 @@ void ImageConverter::ConvertPixelFormat(const std::shared_ptr<IfcImage>& input, 
                                     buffer, size, output, mode)) {
     return;
   }
-  if (ConvertAtOnce(*input, output, buffer, size)) return;
+  if (ConvertAtOnce(*input, output, mode, buffer, size)) return;
 
   const std::shared_ptr<const IfcImage> result = ConvertPixelFormat(input, output);
   const Size2D& resultSize = result->Area().size;

@@ -1,5 +1,5 @@
 // From any pixel format to any other that it can become: walks a fixed chain of modules, skipping those that don't
-// apply, over images from a pool.
+// apply, over images from a pool, unless one pass can do what the chain would.
 #pragma once
 
 #include <atomic>
@@ -20,6 +20,7 @@
 #include "processing/conversion/convert_pixel_depth.h"
 #include "processing/conversion/copy_converter.h"
 #include "processing/conversion/debayering_optimized.h"
+#include "processing/conversion/fused_conversion.h"
 #include "processing/conversion/stream_conversion.h"
 #include "processing/conversion/unpack_packed.h"
 
@@ -72,7 +73,7 @@ class ImageConverter {
   // Converts in one pass into an image from the pool. Null if that can't be done; then nothing is touched.
   std::shared_ptr<IfcImage> ConvertAtOnce(IfcImage& input, PixelFormatId output) const;
   // The same into memory that must not overlap the input's.
-  bool ConvertAtOnce(IfcImage& input, PixelFormatId output, uint8_t* buffer, size_t size) const;
+  bool ConvertAtOnce(IfcImage& input, PixelFormatId output, uint32_t mode, uint8_t* buffer, size_t size) const;
 
   std::shared_ptr<IfcImage> ConvertDepth(const std::shared_ptr<IfcImage>& input, PixelFormatId format) const;
 
@@ -99,6 +100,7 @@ class ImageConverter {
   mutable UnpackPacked unpack_;
   std::atomic<uint32_t> conversionMode_ = kConversionModeFast;
   std::shared_ptr<DebayeringOptimized> debayeringOptimized_;
+  FusedConversion fusedConversion_;
   StreamConversion streamConversion_;
 };
 

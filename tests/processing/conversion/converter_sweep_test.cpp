@@ -106,8 +106,11 @@ constexpr size_t kSmallest = 33;  // both directions run from 1 to this
 constexpr size_t kSmallSizes = kSmallest * kSmallest;
 constexpr std::array<Size, 12> kEdgeSizes = {
     {{1, 1}, {2, 2}, {3, 2}, {3, 3}, {4, 4}, {5, 5}, {16, 16}, {18, 16}, {17, 16}, {16, 17}, {15, 16}, {34, 18}}};
-constexpr std::array<Size, 8> kLargeSizes = {
-    {{64, 48}, {67, 35}, {97, 16}, {130, 18}, {66, 20}, {16, 131}, {98, 34}, {50, 16}}};
+// Among them widths around multiples of all vectors, and odd ones, with which lines of packed formats begin within a
+// group; and the smallest images that one pass converts.
+constexpr std::array<Size, 20> kLargeSizes = {{{64, 48}, {67, 35}, {97, 16}, {130, 18}, {66, 20}, {16, 131}, {98, 34},
+                                               {50, 16}, {35, 5},  {36, 4},  {36, 5},   {37, 6},  {38, 7},   {39, 8},
+                                               {63, 9},  {68, 16}, {69, 5},  {101, 7},  {132, 6}, {133, 17}}};
 
 Size SmallSize(size_t index) { return {index % kSmallest + 1, index / kSmallest % kSmallest + 1}; }
 
@@ -329,11 +332,11 @@ TEST_P(ConverterSweep, DoesWhatTheModelDoes) {
                         {0, {2}},
                         {7, {1, 3}}};
       sample = 28;
-      large = 2;
+      large = 5;
     } else {
       configurations = {{kModeFast, {0, 1, 2, 3}}, {kModeHighQuality, {2, 3}}, {kModeClassic, {2, 1}}, {7, {2, 0}}};
       sample = converts ? 20 : 2;
-      large = converts ? 1 : 0;
+      large = converts ? 2 : 0;
     }
 
     for (const Configuration& configuration : configurations) {
