@@ -1,177 +1,134 @@
-#include <array>
+// Corrections of pixel values, in place as an application does them before it converts, hot pixels, and binning.
+
 #include <functional>
 #include <memory>
 #include <string>
 #include <vector>
 
-#include "api/buffer_pools.h"
-#include "benchmarks/plain_corrections.h"
+#include "benchmarks/exported_calls.h"
+#include "benchmarks/image_work.h"
+#include "benchmarks/parameters.h"
 #include "benchmarks/registration.h"
 #include "benchmarks/side_by_side.h"
 #include "benchmarks/test_frames.h"
-#include "buffers/raw_image_buffer.h"
-#include "core/processor_features.h"
-#include "processing/correction/binning.h"
-#include "processing/correction/color_corrector.h"
-#include "processing/correction/gain.h"
-#include "processing/correction/gamma_corrector.h"
 
 namespace korvel::benchmarks {
 namespace {
 
-using img::IfcImage;
 using img::PixelFormatId;
 using img::Size2D;
 
-constexpr PlainGains kGains{1.5f, 1.25f, 1.0f, 1.75f};
-constexpr float kGamma = 2.2f;
-constexpr std::array<float, 9> kFactors{1.6f, -0.4f, -0.2f, -0.3f, 1.5f, -0.2f, 0.1f, -0.6f, 1.5f};
+// What corrects, with its handle. Each benchmark makes its own and ends it.
+using InPlace = std::function<void(const Image& image)>;
+using Making = std::function<void(const Image& image, Image& output)>;
 
-// Makes a new image, in memory that is there from the second time on.
-using Operation = std::function<std::shared_ptr<IfcImage>(const IfcImage& input)>;
-using Plain = std::function<void(const uint8_t* input, const Size2D& size, uint8_t* output, const Size2D& outputSize)>;
-
-struct Case {
-  PixelFormatId format;
-  Operation operation;
-  Plain plain;
-  Agreement agreement;
-};
-
-std::shared_ptr<img::buffer::IfcMultiFormatBufferPool> MakePool() {
-  return internal::MakeBufferPool(internal::kBuffersOfAnOperation);
+void RunInPlace(benchmark::State& state, const std::string& operation, const std::function<InPlace()>& make,
+                PixelFormatId format, const Size2D& size) {
+  const InPlace correct = make();
+  std::vector<uint8_t> picture = MakeFrame(format, size);
+  MeasureImageWork(state, {.operation = operation,
+                           .picture = picture,
+                           .size = size,
+                           .run = [&] { correct(ImageOver(picture, format, size)); },
+                           .changesPicture = true,
+                           .result = [&] { return std::span<const uint8_t>(picture); },
+                           .resultFormat = format,
+                           .resultSize = size});
 }
 
-void Run(benchmark::State& state, const Case& benchmarkCase, const Size2D& size) {
-  std::vector<uint8_t> input = MakeFrame(benchmarkCase.format, size);
-  const std::unique_ptr<IfcImage> source =
-      img::buffer::RawImageBuffer::CreateBuffer(benchmarkCase.format, input.data(), size)->CreateImage();
-  std::shared_ptr<IfcImage> result = benchmarkCase.operation(*source);
-  const Size2D resultSize = result->Area().size;
-  const uint8_t* const pixels = result->PixelPointer(0, 0);
-
-  // Starts from the result for the sake of what neither writes.
-  std::vector<uint8_t> expected(pixels, pixels + result->ByteCount());
-  const auto runPlain = [&] { benchmarkCase.plain(input.data(), size, expected.data(), resultSize); };
-  runPlain();
-  if (const auto difference =
-          FindDifference(pixels, expected.data(), benchmarkCase.format, resultSize, benchmarkCase.agreement)) {
-    state.SkipWithError(difference->c_str());
-    return;
-  }
-  result.reset();
-
-  Measure(state, {.subject = [&] { benchmarkCase.operation(*source); },
-                  .peer = runPlain,
-                  .read = input,
-                  .written = expected,
-                  .pixels = size.width * size.height});
+void RunMaking(benchmark::State& state, const std::string& operation, const std::function<Making()>& make,
+               PixelFormatId format, const Size2D& size) {
+  const Making process = make();
+  std::vector<uint8_t> picture = MakeFrame(format, size);
+  Image output;
+  const auto run = [&] { process(ImageOver(picture, format, size), output); };
+  run();
+  MeasureImageWork(state, {.operation = operation,
+                           .picture = picture,
+                           .size = size,
+                           .run = run,
+                           .writtenBytes = BytesOf(output).size(),
+                           .result = [&] { return BytesOf(output); },
+                           .resultFormat = format,
+                           .resultSize = SizeOf(output)});
 }
 
-void Add(const std::string& name, const Case& benchmarkCase) {
-  for (const FrameSize& frame : kFrameSizes) {
-    Register(name + "/" + img::PixelFormatInfo_Name(benchmarkCase.format) + "/" + frame.Name(), frame.rounds,
-             [=](benchmark::State& state) { Run(state, benchmarkCase, frame.size); });
+// Registers an operation on images of a format.
+template <class Run, class Make>
+void Add(FrameSizes sizes, Run run, const std::string& name, PixelFormatId format, const Make& make) {
+  const std::string nameAndFormat = name + "/" + img::PixelFormatInfo_Name(format);
+  for (const FrameSize& frame : sizes) {
+    Register(nameAndFormat, frame.Name(), frame.rounds,
+             [=](benchmark::State& state) { run(state, nameAndFormat, make, format, frame.size); });
   }
 }
 
-template <PixelFormatId format>
-void AddGain() {
-  const auto gain = std::make_shared<img::processing::Gain>(MakePool());
-  gain->SetMasterGainValue(kGains.master);
-  gain->SetRedGainValue(kGains.red);
-  gain->SetGreenGainValue(kGains.green);
-  gain->SetBlueGainValue(kGains.blue);
-  Add("gain", {format,
-               [gain](const IfcImage& image) { return gain->applyGain(image); },
-               [](const uint8_t* input, const Size2D& size, uint8_t* output, const Size2D&) {
-                 PlainGain<format>(input, size, kGains, output);
-               },
-               {}});
+InPlace MakeGain() {
+  const auto gain = std::make_shared<tools::Gain>();
+  Require(KORVEL_Gain_Construct(gain->Out()));
+  Require(KORVEL_Gain_SetMasterGainValue(gain->Get(), &kGains.master));
+  Require(KORVEL_Gain_SetRedGainValue(gain->Get(), &kGains.red));
+  Require(KORVEL_Gain_SetGreenGainValue(gain->Get(), &kGains.green));
+  Require(KORVEL_Gain_SetBlueGainValue(gain->Get(), &kGains.blue));
+  return [gain](const Image& image) { Require(KORVEL_Gain_ProcessInPlace(gain->Get(), image.Get())); };
 }
 
-template <PixelFormatId format>
-void AddGamma() {
-  const auto corrector = std::make_shared<img::processing::GammaCorrector>(MakePool());
-  corrector->SetGammaCorrectionValue(kGamma);
-  Add("gamma", {format,
-                [corrector](const IfcImage& image) { return corrector->applyGammaCorrection(image); },
-                [](const uint8_t* input, const Size2D& size, uint8_t* output, const Size2D&) {
-                  PlainGamma<format>(input, size, kGamma, output);
-                },
-                {}});
+InPlace MakeGamma() {
+  const auto corrector = std::make_shared<tools::GammaCorrector>();
+  Require(KORVEL_GammaCorrector_Construct(corrector->Out()));
+  Require(KORVEL_GammaCorrector_SetGammaCorrectionValue(corrector->Get(), &kGamma));
+  return
+      [corrector](const Image& image) { Require(KORVEL_GammaCorrector_ProcessInPlace(corrector->Get(), image.Get())); };
 }
 
-// The simple path is that of a processor without vectors. The vector path rounds the ends of lines in another way,
-// which the peer does not follow.
-template <PixelFormatId format, bool kHasVectors>
-void AddColorCorrection() {
-  const img::ProcessorFeatures features{.avx = kHasVectors, .avx2 = kHasVectors};
-  const auto corrector = std::make_shared<img::processing::ColorCorrector>(MakePool(), features);
-  corrector->SetFactors(kFactors);
-  Add(kHasVectors ? "color_vector" : "color_simple",
-      {format,
-       [corrector](const IfcImage& image) { return corrector->Process(image); },
-       [](const uint8_t* input, const Size2D& size, uint8_t* output, const Size2D&) {
-         PlainColorCorrection<format, kHasVectors>(input, size, kFactors, output);
-       },
-       {.margin = size_t{kHasVectors ? 8 : 0}}});
+InPlace MakeColorCorrection() {
+  const auto corrector = std::make_shared<tools::ColorCorrector>();
+  Require(KORVEL_ColorCorrector_Construct(corrector->Out()));
+  Require(KORVEL_ColorCorrector_SetColorCorrectionFactors(corrector->Get(), kFactors.data()));
+  return
+      [corrector](const Image& image) { Require(KORVEL_ColorCorrector_ProcessInPlace(corrector->Get(), image.Get())); };
 }
 
-template <PixelFormatId format>
-void AddBinning(uint8_t x, uint8_t y, img::processing::BinningMode mode) {
-  const bool isSum = mode == img::processing::BinningMode::Sum;
-  const auto binning = std::make_shared<img::processing::Binning>(MakePool());
-  binning->SetBinningX(x);
-  binning->SetBinningY(y);
-  binning->SetMode(mode);
-  const std::string factors = std::to_string(x) + "x" + std::to_string(y);
-  Add((isSum ? "binning_sum_" : "binning_average_") + factors,
-      {format,
-       [binning](const IfcImage& image) { return binning->Process(image); },
-       [=](const uint8_t* input, const Size2D& size, uint8_t* output, const Size2D& outputSize) {
-         PlainBinning<format>(input, size, {x, y, isSum}, outputSize, output);
-       },
-       {}});
+Making MakeHotpixelCorrection() {
+  const auto corrector = std::make_shared<tools::HotpixelCorrector>();
+  Require(KORVEL_AdaptiveHotpixelCorrector_Construct(corrector->Out()));
+  return [corrector](const Image& image, Image& output) {
+    Require(KORVEL_AdaptiveHotpixelCorrector_CorrectAdaptive(corrector->Get(), image.Get(), output.Out()));
+  };
+}
+
+Making MakeBinning(KORVEL_BINNING_MODE mode) {
+  constexpr uint8_t kTwo = 2;
+  const auto binning = std::make_shared<tools::Binning>();
+  Require(KORVEL_Binning_Construct(binning->Out()));
+  Require(KORVEL_Binning_SetBinningX(binning->Get(), &kTwo));
+  Require(KORVEL_Binning_SetBinningY(binning->Get(), &kTwo));
+  Require(KORVEL_Binning_SetBinningMode(binning->Get(), &mode));
+  return [binning](const Image& image, Image& output) {
+    Require(KORVEL_Binning_Process(binning->Get(), image.Get(), output.Out()));
+  };
 }
 
 }  // namespace
 
-void RegisterCorrections() {
+void RegisterCorrections(FrameSizes sizes) {
   using enum PixelFormatId;
-  using img::processing::BinningMode;
-
-  AddGain<Mono8>();
-  AddGain<Mono12>();
-  AddGain<BayerRG8>();
-  AddGain<BayerRG12>();
-
-  AddGamma<Mono8>();
-  AddGamma<BayerRG12>();
-  AddGamma<RGB8>();
-  AddGamma<BGRa8>();
-  AddGamma<RGB12>();
-  AddGamma<RGB10p32>();
-
-  AddColorCorrection<RGB8, true>();
-  AddColorCorrection<BGR8, true>();
-  AddColorCorrection<RGBa8, true>();
-  AddColorCorrection<BGRa8, true>();
-  AddColorCorrection<RGB10, true>();
-  AddColorCorrection<RGB12, true>();
-  AddColorCorrection<RGB10p32, true>();
-  AddColorCorrection<RGB8, false>();
-  AddColorCorrection<BGRa8, false>();
-  AddColorCorrection<BGRa12, false>();
-
-  AddBinning<Mono8>(2, 2, BinningMode::Sum);
-  AddBinning<Mono8>(4, 4, BinningMode::Sum);
-  AddBinning<Mono8>(2, 2, BinningMode::Average);
-  AddBinning<Mono12>(2, 2, BinningMode::Sum);
-  AddBinning<BayerRG8>(2, 2, BinningMode::Sum);
-  AddBinning<BayerRG12>(2, 2, BinningMode::Sum);
-  AddBinning<RGB8>(2, 2, BinningMode::Sum);
-  AddBinning<BGRa8>(2, 2, BinningMode::Average);
+  for (const PixelFormatId format : {Mono8, BayerRG8, Mono12, BayerRG12}) {
+    Add(sizes, RunInPlace, "gain_in_place", format, MakeGain);
+  }
+  for (const PixelFormatId format : {RGB8, BGRa8, Mono12}) {
+    Add(sizes, RunInPlace, "gamma_in_place", format, MakeGamma);
+  }
+  for (const PixelFormatId format : {BGRa8, RGB10p32, RGB8}) {
+    Add(sizes, RunInPlace, "color_in_place", format, MakeColorCorrection);
+  }
+  for (const PixelFormatId format : {BayerRG8, Mono8, BayerRG12}) {
+    Add(sizes, RunMaking, "hotpixels", format, MakeHotpixelCorrection);
+  }
+  for (const PixelFormatId format : {Mono8, BayerRG8, RGB8}) {
+    Add(sizes, RunMaking, "binning_average_2x2", format, [] { return MakeBinning(KORVEL_BINNING_MODE_Average); });
+  }
+  Add(sizes, RunMaking, "binning_sum_2x2", Mono8, [] { return MakeBinning(KORVEL_BINNING_MODE_Sum); });
 }
 
 }  // namespace korvel::benchmarks

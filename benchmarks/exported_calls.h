@@ -1,6 +1,7 @@
 // Calls of the exported functions that are expected to succeed.
 #pragma once
 
+#include <span>
 #include <stdexcept>
 #include <string>
 #include <vector>
@@ -28,10 +29,19 @@ inline Image ImageOver(std::vector<uint8_t>& memory, img::PixelFormatId format, 
   return image;
 }
 
-inline const uint8_t* DataOf(const Image& image) {
+inline std::span<const uint8_t> BytesOf(const Image& image) {
   uint8_t* data = nullptr;
+  size_t byteCount = 0;
   Require(KORVEL_Image_GetData(image.Get(), &data));
-  return data;
+  Require(KORVEL_Image_GetByteCount(image.Get(), &byteCount));
+  return {data, byteCount};
+}
+
+inline img::Size2D SizeOf(const Image& image) {
+  img::Size2D size;
+  Require(KORVEL_Image_GetWidth(image.Get(), &size.width));
+  Require(KORVEL_Image_GetHeight(image.Get(), &size.height));
+  return size;
 }
 
 }  // namespace korvel::benchmarks

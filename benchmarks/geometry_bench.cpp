@@ -4,130 +4,130 @@
 #include <string>
 #include <vector>
 
+#include "benchmarks/exported_calls.h"
+#include "benchmarks/image_work.h"
 #include "benchmarks/registration.h"
 #include "benchmarks/side_by_side.h"
 #include "benchmarks/test_frames.h"
-#include "buffers/raw_image_buffer.h"
-#include "processing/geometry/image_mirror.h"
-#include "processing/geometry/image_rotation.h"
 
 namespace korvel::benchmarks {
 namespace {
 
-using img::IfcImage;
 using img::PixelFormatId;
-using img::Point2D;
 using img::Size2D;
 
-// Where the pixel of a result comes from, in an image of that size.
-using Origin = Point2D (*)(const Point2D& pixel, const Size2D& size);
+using Transformer = KORVEL_IMAGE_TRANSFORMER_HANDLE;
 
 struct Move {
   std::string name;
-  bool isQuarterTurn;
-  Origin origin;
-  std::function<void(const IfcImage& input, IfcImage& output)> run;
-  std::function<void(IfcImage& image)> runInPlace;
+  std::function<KORVEL_RETURN_CODE(Transformer, KORVEL_IMAGE_HANDLE, KORVEL_IMAGE_HANDLE*)> run;
+  std::function<KORVEL_RETURN_CODE(Transformer, KORVEL_IMAGE_HANDLE)> runInPlace;
+  bool isQuarterTurn = false;
 };
 
-template <class Module, class InplaceModule>
-Move MakeMove(const std::string& name, bool isQuarterTurn, Origin origin) {
-  return {name, isQuarterTurn, origin,
-          [module = std::make_shared<Module>()](const IfcImage& input, IfcImage& output) {
-            module->Process(input, output);
-          },
-          [module = std::make_shared<InplaceModule>()](IfcImage& image) { module->Process(image); }};
+Move Rotation(uint32_t angle) {
+  return {.name = "rotate_" + std::to_string(angle),
+          .run =
+              [=](Transformer transformer, KORVEL_IMAGE_HANDLE image, KORVEL_IMAGE_HANDLE* output) {
+                return KORVEL_ImageTransformer_Rotate(transformer, image, output, angle);
+              },
+          .runInPlace =
+              [=](Transformer transformer, KORVEL_IMAGE_HANDLE image) {
+                return KORVEL_ImageTransformer_RotateInPlace(transformer, image, angle);
+              },
+          .isQuarterTurn = angle != KORVEL_ROTATION_ANGLE_Degree180};
 }
 
-// One pixel after the other.
-void PlainMove(const uint8_t* input, const Size2D& size, size_t pixelBytes, const Move& move, uint8_t* output) {
-  const Size2D moved = move.isQuarterTurn ? Size2D{size.height, size.width} : size;
-  for (size_t y = 0; y < moved.height; ++y) {
-    for (size_t x = 0; x < moved.width; ++x) {
-      const Point2D from = move.origin({x, y}, size);
-      std::memcpy(output + (y * moved.width + x) * pixelBytes, input + (from.y * size.width + from.x) * pixelBytes,
-                  pixelBytes);
-    }
+std::shared_ptr<tools::ImageTransformer> MakeTransformer() {
+  const auto transformer = std::make_shared<tools::ImageTransformer>();
+  Require(KORVEL_ImageTransformer_Construct(transformer->Out()));
+  return transformer;
+}
+
+void RunMaking(benchmark::State& state, const std::string& operation, const Move& move, PixelFormatId format,
+               const Size2D& size) {
+  std::vector<uint8_t> picture = MakeFrame(format, size);
+  const auto transformer = MakeTransformer();
+  Image output;
+  MeasureImageWork(state, {.operation = operation,
+                           .picture = picture,
+                           .size = size,
+                           .run =
+                               [&] {
+                                 const Image source = ImageOver(picture, format, size);
+                                 Require(move.run(transformer->Get(), source.Get(), output.Out()));
+                               },
+                           .writtenBytes = picture.size(),
+                           .result = [&] { return BytesOf(output); },
+                           .resultFormat = format,
+                           .resultSize = move.isQuarterTurn ? Size2D{size.height, size.width} : size});
+}
+
+// Nothing turns pictures in place by a quarter; what an application can do is to copy back what was turned.
+PeerMethod TurnAndCopyBack(const std::string& operation, const Move& move, PixelFormatId format) {
+  return {operation, "korvel's own turn and a copy back", [=](const PeerMemory& memory) -> std::function<void()> {
+            return [=, transformer = MakeTransformer(), output = std::make_shared<Image>()] {
+              Image source;
+              Require(KORVEL_Image_ConstructFromBuffer(Id(format), memory.picture, ByteCount(format, memory.size),
+                                                       memory.size.width, memory.size.height, source.Out()));
+              Require(move.run(transformer->Get(), source.Get(), output->Out()));
+              const std::span<const uint8_t> turned = BytesOf(*output);
+              std::memcpy(memory.picture, turned.data(), turned.size());
+            };
+          }};
+}
+
+void RunInPlace(benchmark::State& state, const std::string& operation, const Move& move, PixelFormatId format,
+                const Size2D& size) {
+  std::vector<uint8_t> picture = MakeFrame(format, size);
+  const auto transformer = MakeTransformer();
+  ImageWork work{.operation = operation,
+                 .picture = picture,
+                 .size = size,
+                 .run =
+                     [&] {
+                       const Image image = ImageOver(picture, format, size);
+                       Require(move.runInPlace(transformer->Get(), image.Get()));
+                     },
+                 .changesPicture = true,
+                 .result = [&] { return std::span<const uint8_t>(picture); },
+                 .resultFormat = format,
+                 .resultSize = move.isQuarterTurn ? Size2D{size.height, size.width} : size};
+  if (move.isQuarterTurn) work.morePeers.push_back(TurnAndCopyBack(operation, move, format));
+  MeasureImageWork(state, work);
+}
+
+template <class Run>
+void Add(FrameSizes sizes, Run run, const std::string& name, const Move& move, PixelFormatId format) {
+  const std::string operation = name + "/" + img::PixelFormatInfo_Name(format);
+  for (const FrameSize& frame : sizes) {
+    Register(operation, frame.Name(), frame.rounds,
+             [=](benchmark::State& state) { run(state, operation, move, format, frame.size); });
   }
 }
 
-std::unique_ptr<IfcImage> ImageOver(std::vector<uint8_t>& memory, PixelFormatId format, const Size2D& size) {
-  return img::buffer::RawImageBuffer::CreateBuffer(format, memory.data(), size)->CreateImage();
-}
-
-void Run(benchmark::State& state, const Move& move, PixelFormatId format, const Size2D& size, bool isInPlace) {
-  const Size2D moved = move.isQuarterTurn ? Size2D{size.height, size.width} : size;
-  std::vector<uint8_t> input = MakeFrame(format, size);
-  std::vector<uint8_t> expected(input.size());
-  std::vector<uint8_t> output = isInPlace ? input : expected;
-  const std::unique_ptr<IfcImage> source = ImageOver(input, format, size);
-  const std::unique_ptr<IfcImage> target = ImageOver(output, format, isInPlace ? size : moved);
-  const auto subject = [&] {
-    if (isInPlace) {
-      move.runInPlace(*target);
-    } else {
-      move.run(*source, *target);
-    }
-  };
-  const auto peer = [&] {
-    PlainMove(input.data(), size, source->PixelByteCount(), move, expected.data());
-    if (isInPlace) std::memcpy(input.data(), expected.data(), expected.size());
-  };
-
-  subject();
-  peer();
-  if (const auto difference = FindDifference(output.data(), expected.data(), format, moved, {})) {
-    state.SkipWithError(difference->c_str());
-    return;
-  }
-  Measure(state,
-          {.subject = subject, .peer = peer, .read = input, .written = expected, .pixels = size.width * size.height});
+void AddBoth(FrameSizes sizes, const Move& move, std::initializer_list<PixelFormatId> formats) {
+  for (const PixelFormatId format : formats) Add(sizes, RunMaking, move.name, move, format);
+  for (const PixelFormatId format : formats) Add(sizes, RunInPlace, move.name + "_in_place", move, format);
 }
 
 }  // namespace
 
-void RegisterGeometry() {
-  namespace p = img::processing;
-  const Move moves[] = {
-      MakeMove<p::ImageMirrorX, p::ImageMirrorX_Inplace>("mirror_left_right", false,
-                                                         [](const Point2D& pixel, const Size2D& size) {
-                                                           return Point2D{size.width - 1 - pixel.x, pixel.y};
-                                                         }),
-      MakeMove<p::ImageMirrorY, p::ImageMirrorY_Inplace>("mirror_up_down", false,
-                                                         [](const Point2D& pixel, const Size2D& size) {
-                                                           return Point2D{pixel.x, size.height - 1 - pixel.y};
-                                                         }),
-      MakeMove<p::ImageRotate180, p::ImageRotate180_Inplace>(
-          "rotate180", false,
-          [](const Point2D& pixel, const Size2D& size) {
-            return Point2D{size.width - 1 - pixel.x, size.height - 1 - pixel.y};
-          }),
-      MakeMove<p::ImageRotateCounterClockwise90, p::ImageRotateCounterClockwise90_Inplace>(
-          "rotate90", true,
-          [](const Point2D& pixel, const Size2D& size) {
-            return Point2D{size.width - 1 - pixel.y, pixel.x};
-          }),
-      MakeMove<p::ImageRotateClockwise90, p::ImageRotateClockwise90_Inplace>(
-          "rotate270", true,
-          [](const Point2D& pixel, const Size2D& size) {
-            return Point2D{pixel.y, size.height - 1 - pixel.x};
-          }),
-  };
-  // One for each size of a pixel.
-  constexpr PixelFormatId kFormats[] = {PixelFormatId::Mono8, PixelFormatId::Mono12, PixelFormatId::BGR8,
-                                        PixelFormatId::BGRa8, PixelFormatId::BGR12,  PixelFormatId::BGRa12};
-  for (const Move& move : moves) {
-    for (const bool isInPlace : {false, true}) {
-      for (const PixelFormatId format : kFormats) {
-        for (const FrameSize& frame : kFrameSizes) {
-          const std::string name =
-              move.name + (isInPlace ? "_in_place/" : "/") + img::PixelFormatInfo_Name(format) + "/" + frame.Name();
-          Register(name, frame.rounds,
-                   [=](benchmark::State& state) { Run(state, move, format, frame.size, isInPlace); });
-        }
-      }
-    }
-  }
+void RegisterGeometry(FrameSizes sizes) {
+  using enum PixelFormatId;
+  AddBoth(
+      sizes,
+      {"mirror_left_right", KORVEL_ImageTransformer_MirrorLeftRight, KORVEL_ImageTransformer_MirrorLeftRightInPlace},
+      {Mono8, RGB8, BGRa8});
+  AddBoth(sizes, {"mirror_up_down", KORVEL_ImageTransformer_MirrorUpDown, KORVEL_ImageTransformer_MirrorUpDownInPlace},
+          {Mono8, RGB8, BGRa8});
+  AddBoth(sizes,
+          {"mirror_both", KORVEL_ImageTransformer_MirrorUpDownLeftRight,
+           KORVEL_ImageTransformer_MirrorUpDownLeftRightInPlace},
+          {Mono8, RGB8, BGRa8});
+  Add(sizes, RunMaking, "rotate_180", Rotation(KORVEL_ROTATION_ANGLE_Degree180), BayerRG12);
+  AddBoth(sizes, Rotation(KORVEL_ROTATION_ANGLE_Degree90), {Mono8, BGRa8});
+  AddBoth(sizes, Rotation(KORVEL_ROTATION_ANGLE_Degree270), {Mono8, BGRa8});
 }
 
 }  // namespace korvel::benchmarks

@@ -4,12 +4,30 @@
 #include <cstddef>
 #include <cstdint>
 #include <span>
+#include <vector>
 
 namespace korvel::benchmarks {
 
-// Reads every byte of input and writes every byte of output once, both in step from front to back, as a kernel that
-// works line by line does. As many bytes as both have are copied with memcpy; the rest of the longer one is read or
-// set. The result depends on what was read and has no meaning.
-uint64_t Stream(std::span<const uint8_t> input, std::span<uint8_t> output);
+// Moves as many bytes as a piece of work that reads a picture once, writes a result once, or writes its picture back.
+// It goes from front to back, in step, as a kernel does that works line by line.
+class MemoryLimit {
+ public:
+  // How bytes are written: through the caches, or around them. Which one is faster depends on sizes and machine.
+  enum class Stores { Ordinary, NonTemporal };
+
+  MemoryLimit(size_t readBytes, bool writesBack, size_t writtenBytes);
+
+  // Brings the picture into the caches as the restored picture of work in place is.
+  void Restore(std::span<const uint8_t> frame);
+
+  void Run(Stores stores);
+
+ private:
+  std::vector<uint8_t> pictureMemory_;
+  std::vector<uint8_t> resultMemory_;
+  std::span<uint8_t> picture_;
+  bool writesBack_;
+  std::span<uint8_t> result_;
+};
 
 }  // namespace korvel::benchmarks

@@ -1,30 +1,33 @@
-// The families of benchmarks. Each registers its own with Google Benchmark.
+// The families of benchmarks. Each registers its own with Google Benchmark, for the given sizes of frames.
 #pragma once
+
+#include <span>
+
+#include "benchmarks/test_frames.h"
 
 namespace korvel::benchmarks {
 
-// Every conversion module and fast kernel, on memory that is there.
-void RegisterModules();
+using FrameSizes = std::span<const FrameSize>;
 
-// The common conversions and other work through the exported functions, with all that a call does besides.
-void RegisterChains();
+// From one pixel format to another, and copies.
+void RegisterConversions(FrameSizes sizes);
+
+// Gain, gamma, colours, hot pixels, and binning.
+void RegisterCorrections(FrameSizes sizes);
 
 // Mirroring and rotation, into another image and in place.
-void RegisterGeometry();
+void RegisterGeometry(FrameSizes sizes);
 
-// Histograms and lines.
-void RegisterMeasure();
-
-// The search for hot pixels, and their correction with it.
-void RegisterHotpixels();
-
-// Corrections of pixel values, and binning.
-void RegisterCorrections();
+// Histograms.
+void RegisterMeasure(FrameSizes sizes);
 
 // Image files beside those of the bare codecs, and beside one call of the system.
-void RegisterImageFiles();
+void RegisterImageFiles(FrameSizes sizes);
 
 // Recording beside the bare compressor, and its caller's part beside a copy through a plain queue.
-void RegisterVideo();
+void RegisterVideo(FrameSizes sizes);
+
+// What pictures of any size cost before the first pixel.
+void RegisterSmallWork();
 
 }  // namespace korvel::benchmarks

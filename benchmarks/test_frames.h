@@ -12,7 +12,7 @@
 
 namespace korvel::benchmarks {
 
-// A frame's size, and the rounds that give a steady minimum in little time.
+// A frame's size, and the rounds that give a steady median in little time.
 struct FrameSize {
   img::Size2D size;
   int rounds;
@@ -20,7 +20,10 @@ struct FrameSize {
   std::string Name() const { return std::to_string(size.width) + "x" + std::to_string(size.height); }
 };
 
-inline constexpr FrameSize kFrameSizes[] = {{{1920, 1080}, 9}, {{4096, 3000}, 4}};
+inline constexpr FrameSize kFrameSizes[] = {{{1920, 1080}, 25}, {{4096, 3000}, 15}};
+
+// Where the work beside the pixels shows.
+inline constexpr FrameSize kSmallSize{{64, 64}, 3};
 
 size_t ByteCount(img::PixelFormatId format, const img::Size2D& size);
 

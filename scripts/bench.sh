@@ -1,17 +1,17 @@
 #!/usr/bin/env bash
-# Measures libkorvel's speed, from nothing: installs what is missing, builds the release preset's benchmarks and runs
-# them on one core.
+# Measures libkorvel's speed, from nothing: installs what is missing, also the libraries that it is compared with, builds
+# the release preset's benchmarks and runs them on one core.
 set -euo pipefail
 
 usage() {
   cat <<'HELP'
 Usage: scripts/bench.sh [--filter REGEX]
 
-Prints a table of times beside the memory limit and beside plain implementations (docs/performance.md tells what the
-columns mean), and writes it with all its figures to build/bench. The whole takes about three minutes on an idle
-machine; other programs at work make figures worthless.
+Prints a table of times beside the memory limit, beside other libraries and beside the goals (docs/performance.md tells
+what the columns mean), and writes it to build/bench with all figures and a chart. The whole takes less than eight
+minutes on an idle machine; other programs at work make figures worthless.
 
-  --filter REGEX   only the benchmarks whose names match, such as 'demosaic_.*1920x1080'
+  --filter REGEX   only the benchmarks whose names match, such as 'convert_.*1920x1080'
   --help           this text
 HELP
 }
@@ -41,7 +41,7 @@ while (($# > 0)); do
 done
 
 cd "$(dirname "${BASH_SOURCE[0]}")/.."
-scripts/install-dependencies.sh
+scripts/install-dependencies.sh --bench
 cmake --preset release
 cmake --build --preset release --target korvel_benchmarks --parallel "$(nproc)"
 
@@ -52,10 +52,14 @@ if command -v taskset >/dev/null; then
   if [[ -n $core ]]; then pin=(taskset --cpu-list "$core"); fi
 fi
 
+# In memory where that can be had, files cost what the library and the system make of them and no disk.
+if [[ -z ${TMPDIR:-} && -w /dev/shm ]]; then export TMPDIR=/dev/shm; fi
+
 readonly results=build/bench
 mkdir -p "$results"
 echo
 "${pin[@]}" build/release/benchmarks/korvel_benchmarks --benchmark_filter="$filter" \
-  --benchmark_out="$results/benchmarks.json" --benchmark_out_format=json | tee "$results/benchmarks.md"
+  --benchmark_out="$results/benchmarks.json" --benchmark_out_format=json --chart="$results/benchmarks.svg" |
+  tee "$results/benchmarks.md"
 echo
-echo "bench: $results/benchmarks.md, $results/benchmarks.json"
+echo "bench: $results/benchmarks.md, $results/benchmarks.json, $results/benchmarks.svg"

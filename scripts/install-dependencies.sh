@@ -5,11 +5,13 @@ set -euo pipefail
 
 usage() {
   cat <<'HELP'
-Usage: scripts/install-dependencies.sh [--all] [--fuzz] [--lint]
+Usage: scripts/install-dependencies.sh [--all] [--bench] [--fuzz] [--lint]
 
 Installs the missing packages for building, testing and running libkorvel on Debian 12.
 
   --all    also what scripts/test.sh --all needs: clang with its run-time libraries
+  --bench  also what scripts/bench.sh and scripts/compare-bench.sh need: jq, and the libraries that benchmarks compare
+           with: OpenCV, libyuv, swscale, dc1394
   --fuzz   also what scripts/fuzz.sh needs: clang with its run-time libraries, valgrind
   --lint   also what scripts/format.sh and scripts/lint.sh need: clang-format, clang-tidy, shellcheck
   --help   this text
@@ -48,6 +50,15 @@ readonly all_packages=(
   clang:clang++
   libclang-rt-14-dev:clang-runtime
 )
+readonly bench_packages=(
+  jq:jq
+  libopencv-core-dev:/opencv4/opencv2/core.hpp
+  libopencv-imgproc-dev:/opencv4/opencv2/imgproc.hpp
+  libyuv-dev:/libyuv.h
+  libswscale-dev:/x86_64-linux-gnu/libswscale/swscale.h
+  libavutil-dev:/x86_64-linux-gnu/libavutil/avutil.h
+  libdc1394-dev:/dc1394/dc1394.h
+)
 readonly fuzz_packages=(
   clang:clang++
   libclang-rt-14-dev:clang-runtime
@@ -78,6 +89,7 @@ wanted=("${base_packages[@]}")
 for argument in "$@"; do
   case "$argument" in
     --all) wanted+=("${all_packages[@]}") ;;
+    --bench) wanted+=("${bench_packages[@]}") ;;
     --fuzz) wanted+=("${fuzz_packages[@]}") ;;
     --lint) wanted+=("${lint_packages[@]}") ;;
     --help | -h)
