@@ -6,7 +6,7 @@
 namespace korvel::benchmarks {
 namespace {
 
-void Append(std::vector<PeerMethod>& all, std::vector<PeerMethod> methods) {
+[[maybe_unused]] void Append(std::vector<PeerMethod>& all, std::vector<PeerMethod> methods) {
   all.insert(all.end(), std::make_move_iterator(methods.begin()), std::make_move_iterator(methods.end()));
 }
 
