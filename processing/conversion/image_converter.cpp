@@ -124,8 +124,7 @@ std::shared_ptr<IfcImage> ImageConverter::Convert(const std::shared_ptr<IfcImage
 std::shared_ptr<IfcImage> ImageConverter::ConvertAtOnce(IfcImage& input, PixelFormatId output) const {
   const auto plan = fusedConversion_.FindPlan(input, output, conversionMode_);
   if (!plan && !streamConversion_.Takes(input, output)) return nullptr;
-  // Demosaics leave the bits of a word that carry nothing as they were, which is 0 in new memory.
-  const bool isFilled = output != PixelFormatId::RGB10p32;
+  const bool isFilled = !plan || !plan->keepsUnusedBits;  // otherwise new memory has to be zero
   const Size2D& size = input.Area().size;
   std::shared_ptr<IfcImage> result =
       (isFilled ? pool_->AllocBufferToFill(output, size) : pool_->AllocBuffer(output, size))->CreateImage();
