@@ -79,8 +79,8 @@ void WriteChart(const std::string& path, const std::vector<Result>& results) {
   const int height = kHeadHeight + static_cast<int>(operations.size()) * kRowHeight + kMargin;
 
   std::ofstream out(path);
-  out << "<svg xmlns=\"http://www.w3.org/2000/svg\" width=\"" << width << "\" height=\"" << height
-      << "\" font-family=\"sans-serif\" font-size=\"11\">\n";
+  out << R"(<svg xmlns="http://www.w3.org/2000/svg" font-family="sans-serif" font-size="11" width=")" << width
+      << "\" height=\"" << height << "\">\n";
   Drawing drawing(out);
   drawing.Bar(0, 0, width, height, "#ffffff");
   drawing.Text(kMargin, 24, "Nanoseconds per pixel (per call for work without pixels), each row on a scale of its own");

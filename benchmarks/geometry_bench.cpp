@@ -39,7 +39,7 @@ Move Rotation(uint32_t angle) {
 }
 
 std::shared_ptr<tools::ImageTransformer> MakeTransformer() {
-  const auto transformer = std::make_shared<tools::ImageTransformer>();
+  auto transformer = std::make_shared<tools::ImageTransformer>();
   Require(KORVEL_ImageTransformer_Construct(transformer->Out()));
   return transformer;
 }

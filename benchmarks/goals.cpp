@@ -124,7 +124,7 @@ std::optional<Goal> FindGoal(const std::string& operation, const std::string& si
     if (std::none_of(std::begin(kSmallWork), std::end(kSmallWork), isIts)) return std::nullopt;
     return Goal{.overLimit = {}, .overPeer = 1.0};
   }
-  const auto row =
+  const Row* const row =
       std::find_if(std::begin(kRows), std::end(kRows), [&](const Row& each) { return isIts(each.operation); });
   if (row == std::end(kRows)) return std::nullopt;
   const size_t i = size == kFrameSizes[0].Name() ? 0 : 1;

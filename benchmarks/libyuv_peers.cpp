@@ -122,9 +122,10 @@ void AddConversions(std::vector<PeerMethod>& methods) {
 
 void AddCorrections(std::vector<PeerMethod>& methods) {
   methods.push_back({"gamma_in_place/BGRa8", "libyuv look-up", [](const PeerMemory& memory) -> Calls {
-                       std::array<uint8_t, 4 * 256> table{};
+                       std::array<uint8_t, size_t{4} * 256> table{};
                        for (size_t i = 0; i < table.size(); ++i) {
-                         const float value = std::pow(static_cast<float>(i / 4) / 255, 1 / kGamma) * 255;
+                         const size_t channelValue = i / 4;
+                         const float value = std::pow(static_cast<float>(channelValue) / 255, 1 / kGamma) * 255;
                          table[i] = static_cast<uint8_t>(value);
                        }
                        const Sides sides(memory.size);

@@ -193,7 +193,7 @@ auto Histograms(int type, int bins) {
         const float range[] = {0, static_cast<float>(bins)};
         const float* ranges[] = {range};
         cv::calcHist(&picture, 1, &channel, cv::noArray(), counts, 1, &bins, ranges);
-        auto* const target = reinterpret_cast<uint64_t*>(result) + channel * bins;
+        auto* const target = reinterpret_cast<uint64_t*>(result) + static_cast<ptrdiff_t>(channel) * bins;
         for (int i = 0; i < bins; ++i) target[i] = static_cast<uint64_t>(counts.at<float>(i));
       }
     };

@@ -6,6 +6,7 @@
 #include <cmath>
 #include <iterator>
 #include <optional>
+#include <utility>
 
 #include "benchmarks/goals.h"
 
@@ -44,7 +45,7 @@ double Median(const std::vector<double>& values) { return At(values, 0.5); }
 // One contestant's rounds.
 class Turns {
  public:
-  explicit Turns(const Contestant& contestant) : contestant_(contestant) {
+  explicit Turns(Contestant contestant) : contestant_(std::move(contestant)) {
     RunOnce();  // takes memory and fills tables
     const double call = RunOnce();
     isLong_ = call > kLongCall;
