@@ -65,13 +65,13 @@ void ImageHandleMap::ReplaceImage(Handle handle, Buffer newBuffer) {
   oldBuffer = std::exchange(*found->second, std::move(newBuffer));
 }
 
-// What videos use is made first: it has to be there still when the registry goes, and with it a video that was left
-// open.
-HandleRegistry::HandleRegistry() { libvideo::PrepareVideo(); }
-
 HandleRegistry& HandleRegistry::Instance() {
-  static HandleRegistry registry;
-  return registry;
+  static NeverDestroyed<HandleRegistry> registry;
+  struct EndOfProcess {
+    ~EndOfProcess() { registry.object.videos_.RemoveAll(); }
+  };
+  static const EndOfProcess end;
+  return registry.object;
 }
 
 }  // namespace korvel::internal

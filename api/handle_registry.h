@@ -13,6 +13,7 @@
 
 #include "core/image_buffer.h"
 #include "korvel/korvel.h"
+#include "status/never_destroyed.h"
 
 namespace img::processing {
 class AdaptiveHotpixelCorrection;
@@ -63,6 +64,13 @@ class HandleMap {
     return node.empty() ? nullptr : std::move(node.mapped());
   }
 
+  // The objects' ends come outside the lock.
+  void RemoveAll() {
+    std::unordered_map<Handle, std::shared_ptr<Object>> removed;
+    const std::lock_guard lock(mutex_);
+    removed.swap(objects_);
+  }
+
  private:
   const char* alreadyAdded_;
   mutable std::mutex mutex_;
@@ -90,8 +98,8 @@ class ImageHandleMap {
 
 class HandleRegistry {
  public:
-  // Made at the first use of a handle. At the process' end the maps go in reverse order, and with them what the
-  // application left behind.
+  // Made at the first use of a handle and never destroyed. Videos that an application left open end with the process,
+  // as properly as if they had been closed.
   static HandleRegistry& Instance();
 
   HandleMap<img::processing::ImageConverter>& ImageConverters() { return imageConverters_; }
@@ -109,7 +117,8 @@ class HandleRegistry {
   HandleMap<libvideo::VideoLibrary>& Videos() { return videos_; }
 
  private:
-  HandleRegistry();
+  friend NeverDestroyed<HandleRegistry>;
+  HandleRegistry() = default;
 
   HandleMap<img::processing::ImageConverter> imageConverters_{"Given imageConverter was already added!"};
   HandleMap<img::processing::AdaptiveHotpixelCorrection> adaptiveHotpixelCorrectors_{

@@ -5,8 +5,8 @@
 namespace avi {
 
 CAviFileManager& CAviFileManager::Instance() {
-  static CAviFileManager manager;
-  return manager;
+  static korvel::internal::NeverDestroyed<CAviFileManager> manager;
+  return manager.object;
 }
 
 QAVIHandle CAviFileManager::Add(std::shared_ptr<CAviFile> file) {

@@ -8,6 +8,7 @@
 
 #include "avi/avi_file.h"
 #include "avi/qavi.h"
+#include "status/never_destroyed.h"
 
 namespace avi {
 
@@ -22,6 +23,7 @@ class CAviFileManager {
   std::shared_ptr<CAviFile> Remove(QAVIHandle handle);
 
  private:
+  friend korvel::internal::NeverDestroyed<CAviFileManager>;
   CAviFileManager() = default;
 
   std::atomic<QAVIHandle> lastHandle_ = 0;

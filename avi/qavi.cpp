@@ -61,8 +61,6 @@ QAVIError Change(const Layout& layout, std::vector<uint8_t>* data, const std::fu
 
 }  // namespace
 
-void PrepareAviFiles() { CAviFileManager::Instance(); }
-
 QAVIError QAVICreateFile(const std::string& path, size_t streams, QAVIHandle* handle) {
   return OpenWith(handle, [&](CAviFile& file) { return file.Create(path, streams); });
 }

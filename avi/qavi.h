@@ -16,10 +16,6 @@ namespace avi {
 // Above 0 for an open file.
 using QAVIHandle = int32_t;
 
-// Makes sure that the table of open files outlives whatever is made after this call, since its users close their files
-// when the process ends.
-void PrepareAviFiles();
-
 // A new file for writing, with 1 to 4 streams; one that exists is emptied. One path may be open twice.
 QAVIError QAVICreateFile(const std::string& path, size_t streams, QAVIHandle* handle);
 

@@ -2,11 +2,13 @@
 
 #include <algorithm>
 
+#include "status/never_destroyed.h"
+
 namespace img::processing {
 
 ModuleTimingRegistry& ModuleTimingRegistry::Instance() {
-  static ModuleTimingRegistry registry;
-  return registry;
+  static korvel::internal::NeverDestroyed<ModuleTimingRegistry> registry;
+  return registry.object;
 }
 
 uint32_t ModuleTimingRegistry::IdOf(const std::string& name) {

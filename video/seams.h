@@ -4,6 +4,8 @@
 #include <atomic>
 #include <cstdint>
 
+#include "status/never_destroyed.h"
+
 namespace libvideo {
 
 struct Seams {
@@ -15,8 +17,8 @@ struct Seams {
   std::atomic<bool> failsToStart = false;                // as if the system had no thread to give
 
   static Seams& Instance() {
-    static Seams seams;
-    return seams;
+    static korvel::internal::NeverDestroyed<Seams> seams;
+    return seams.object;
   }
 };
 

@@ -139,10 +139,4 @@ std::unique_ptr<VideoLibrary> CreateFirstAvailable(Container container, Encoder 
                           "CreateFirstAvailable");
 }
 
-void PrepareVideo() {
-  detail::video_error_category::Instance();
-  Seams::Instance();
-  avi::PrepareAviFiles();
-}
-
 }  // namespace libvideo

@@ -122,8 +122,4 @@ std::vector<std::unique_ptr<VideoLibraryFactory>> MakeFactories();
 // A writer of the first factory that offers both. Throws std::system_error, "CreateFirstAvailable: ...".
 std::unique_ptr<VideoLibrary> CreateFirstAvailable(Container container, Encoder encoder);
 
-// Makes sure that what writers use outlives whatever is made after this call, so that recordings left open can be
-// closed when the process ends.
-void PrepareVideo();
-
 }  // namespace libvideo

@@ -1,11 +1,13 @@
 #include "video/video_status.h"
 
+#include "status/never_destroyed.h"
+
 namespace libvideo {
 namespace detail {
 
 const video_error_category& video_error_category::Instance() {
-  static const video_error_category category;
-  return category;
+  static const korvel::internal::NeverDestroyed<video_error_category> category;
+  return category.object;
 }
 
 std::string video_error_category::message(int value) const {
