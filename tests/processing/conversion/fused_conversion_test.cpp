@@ -116,7 +116,7 @@ TEST(FusedConversion, MakesWhatTheChainMakesOfLargeImages) {
     const std::vector<uint8_t> expected = convert({});
     if (img::processing::ShouldStream(expected.size())) {
       std::vector<uint8_t> output(expected.size() + 7);
-      for (const size_t offset : {0, 1, 4, 6}) {
+      for (const size_t offset : {0u, 1u, 4u, 6u}) {
         const std::unique_ptr<ImageConverter> converter = MakeConverter(kAvx2);
         converter->SetConversionMode(pair.mode);
         converter->ConvertPixelFormat(frame.Image(), pair.to, output.data() + offset, expected.size());
