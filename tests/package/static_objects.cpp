@@ -6,7 +6,9 @@
 #include <cstdlib>
 #include <cstring>
 #include <filesystem>
+#include <fstream>
 #include <iostream>
+#include <iterator>
 #include <string>
 #include <vector>
 
@@ -37,7 +39,10 @@ struct Application {
 
     // The recording has ended with the process.
     Require(KORVEL_VideoWriter_Video_Close(video) == KORVEL_RETURN_CODE_InvalidHandle, "a video is still open");
-    Require(std::filesystem::file_size(path) > 3000, "the recording lacks its frame");
+    std::ifstream file(path, std::ios::binary);
+    const std::string bytes{std::istreambuf_iterator<char>(file), {}};
+    Require(bytes.find("00dc") < bytes.find("idx1") && bytes.find("idx1") != std::string::npos,
+            "the recording lacks its frame or its index");
 
     KORVEL_IMAGE_HANDLE picture = nullptr;
     Require(KORVEL_Image_ConvertTo(image, KORVEL_PIXEL_FORMAT_BGRa8, KORVEL_CONVERSION_MODE_Fast, &picture) ==
