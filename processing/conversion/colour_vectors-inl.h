@@ -2,8 +2,7 @@
 // instruction set.
 //
 // A layout's class stores a vector of pixels by Store and a single one by StoreOne. first, second and third are the
-// channels in the order of memory, or from the lowest bits on in 32-bit words. Addresses have no alignment, except that
-// vectors written with Streamed begin at a multiple of KORVEL_VECTOR_BYTES.
+// channels in the order of memory, or from the lowest bits on in 32-bit words. Addresses have no alignment.
 #pragma once
 
 #include <cstddef>
@@ -21,39 +20,29 @@ inline constexpr hn::ScalableTag<uint32_t> kWords32Tag;
 using Bytes = hn::Vec<hn::ScalableTag<uint8_t>>;
 using Words = hn::Vec<hn::ScalableTag<uint16_t>>;
 
-// Through the caches.
-struct Ordinary {
-  static void Put(Bytes vector, uint8_t* to) { hn::StoreU(vector, kBytesTag, to); }
-};
-
-// Past the caches. Whoever is done with an output calls hwy::FlushStream.
-struct Streamed {
-  static void Put(Bytes vector, uint8_t* to) { hn::Stream(vector, kBytesTag, to); }
-};
+inline void Put(Bytes vector, uint8_t* to) { hn::StoreU(vector, kBytesTag, to); }
 
 // Writes vectors of which each has results for every block of 16 bytes: in memory their first blocks lie side by side,
 // then their second ones.
-template <class Write>
-void PutBlocks(Bytes a, Bytes b, uint8_t* to) {
+inline void PutBlocks(Bytes a, Bytes b, uint8_t* to) {
   if constexpr (KORVEL_VECTOR_BYTES == 16) {
-    Write::Put(a, to);
-    Write::Put(b, to + 16);
+    Put(a, to);
+    Put(b, to + 16);
   } else {
-    Write::Put(hn::ConcatLowerLower(kBytesTag, b, a), to);
-    Write::Put(hn::ConcatUpperUpper(kBytesTag, b, a), to + 32);
+    Put(hn::ConcatLowerLower(kBytesTag, b, a), to);
+    Put(hn::ConcatUpperUpper(kBytesTag, b, a), to + 32);
   }
 }
 
-template <class Write>
-void PutBlocks(Bytes a, Bytes b, Bytes c, uint8_t* to) {
+inline void PutBlocks(Bytes a, Bytes b, Bytes c, uint8_t* to) {
   if constexpr (KORVEL_VECTOR_BYTES == 16) {
-    Write::Put(a, to);
-    Write::Put(b, to + 16);
-    Write::Put(c, to + 32);
+    Put(a, to);
+    Put(b, to + 16);
+    Put(c, to + 32);
   } else {
-    Write::Put(hn::ConcatLowerLower(kBytesTag, b, a), to);
-    Write::Put(hn::ConcatUpperLower(kBytesTag, a, c), to + 32);
-    Write::Put(hn::ConcatUpperUpper(kBytesTag, c, b), to + 64);
+    Put(hn::ConcatLowerLower(kBytesTag, b, a), to);
+    Put(hn::ConcatUpperLower(kBytesTag, a, c), to + 32);
+    Put(hn::ConcatUpperUpper(kBytesTag, c, b), to + 64);
   }
 }
 
@@ -68,10 +57,10 @@ struct Bytes3Layout {
   using Sample = uint8_t;
   using Vector = Bytes;
   static constexpr size_t kPixelBytes = 3;
+  static constexpr bool kReadsOutput = false;
 
   explicit Bytes3Layout(uint32_t /*alpha*/) {}
 
-  template <class Write>
   void Store(Bytes first, Bytes second, Bytes third, uint8_t* to) const {
     alignas(16) static constexpr uint8_t kPairs0[16] = {0, 1, 0x80, 2, 3, 0x80, 4, 5, 0x80, 6, 7, 0x80, 8, 9, 0x80, 10};
     alignas(16) static constexpr uint8_t kThird0[16] = {0x80, 0x80, 0,    0x80, 0x80, 1,    0x80, 0x80,
@@ -89,9 +78,9 @@ struct Bytes3Layout {
     const Bytes low = hn::InterleaveLower(kBytesTag, first, second);
     const Bytes high = hn::InterleaveUpper(kBytesTag, first, second);
     const Bytes middle = hn::CombineShiftRightBytes<10>(kBytesTag, high, low);
-    PutBlocks<Write>(hn::Or(Shuffle(low, kPairs0), Shuffle(third, kThird0)),
-                     hn::Or(Shuffle(middle, kPairs1), Shuffle(third, kThird1)),
-                     hn::Or(Shuffle(high, kPairs2), Shuffle(third, kThird2)), to);
+    PutBlocks(hn::Or(Shuffle(low, kPairs0), Shuffle(third, kThird0)),
+              hn::Or(Shuffle(middle, kPairs1), Shuffle(third, kThird1)),
+              hn::Or(Shuffle(high, kPairs2), Shuffle(third, kThird2)), to);
   }
 
   void StoreOne(uint32_t first, uint32_t second, uint32_t third, uint8_t* to) const {
@@ -117,17 +106,17 @@ struct Bytes4Layout {
   using Sample = uint8_t;
   using Vector = Bytes;
   static constexpr size_t kPixelBytes = 4;
+  static constexpr bool kReadsOutput = false;
 
   explicit Bytes4Layout(uint32_t alpha) : alpha_(static_cast<uint8_t>(alpha)) {}
 
-  template <class Write>
   void Store(Bytes first, Bytes second, Bytes third, uint8_t* to) const {
     const auto words = [](Bytes pairs) { return hn::BitCast(kWordsTag, pairs); };
     const auto front = [&](Bytes a, Bytes b) { return words(hn::InterleaveLower(kBytesTag, a, b)); };
     const auto back = [&](Bytes a, Bytes b) { return words(hn::InterleaveUpper(kBytesTag, a, b)); };
     const auto put = [to](Words a, Words b, size_t at) {
-      Write::Put(hn::BitCast(kBytesTag, hn::InterleaveLower(kWordsTag, a, b)), to + at);
-      Write::Put(hn::BitCast(kBytesTag, hn::InterleaveUpper(kWordsTag, a, b)), to + at + KORVEL_VECTOR_BYTES);
+      Put(hn::BitCast(kBytesTag, hn::InterleaveLower(kWordsTag, a, b)), to + at);
+      Put(hn::BitCast(kBytesTag, hn::InterleaveUpper(kWordsTag, a, b)), to + at + KORVEL_VECTOR_BYTES);
     };
     const Bytes alpha = hn::Set(kBytesTag, alpha_);
     const Bytes a = Ordered(first);
@@ -153,10 +142,10 @@ struct Words3Layout {
   using Sample = uint16_t;
   using Vector = Words;
   static constexpr size_t kPixelBytes = 6;
+  static constexpr bool kReadsOutput = false;
 
   explicit Words3Layout(uint32_t /*alpha*/) {}
 
-  template <class Write>
   void Store(Words first, Words second, Words third, uint8_t* to) const {
     alignas(16) static constexpr uint8_t kPairs0[16] = {0, 1, 2, 3, 0x80, 0x80, 4, 5, 6, 7, 0x80, 0x80, 8, 9, 10, 11};
     alignas(16) static constexpr uint8_t kThird0[16] = {0x80, 0x80, 0x80, 0x80, 0,    1,    0x80, 0x80,
@@ -175,9 +164,9 @@ struct Words3Layout {
     const Bytes high = hn::BitCast(kBytesTag, hn::InterleaveUpper(kWordsTag, first, second));
     const Bytes middle = hn::CombineShiftRightBytes<12>(kBytesTag, high, low);
     const Bytes single = hn::BitCast(kBytesTag, third);
-    PutBlocks<Write>(hn::Or(Shuffle(low, kPairs0), Shuffle(single, kThird0)),
-                     hn::Or(Shuffle(middle, kPairs1), Shuffle(single, kThird1)),
-                     hn::Or(Shuffle(high, kPairs2), Shuffle(single, kThird2)), to);
+    PutBlocks(hn::Or(Shuffle(low, kPairs0), Shuffle(single, kThird0)),
+              hn::Or(Shuffle(middle, kPairs1), Shuffle(single, kThird1)),
+              hn::Or(Shuffle(high, kPairs2), Shuffle(single, kThird2)), to);
   }
 
   void StoreOne(uint32_t first, uint32_t second, uint32_t third, uint8_t* to) const {
@@ -191,16 +180,16 @@ struct Words4Layout {
   using Sample = uint16_t;
   using Vector = Words;
   static constexpr size_t kPixelBytes = 8;
+  static constexpr bool kReadsOutput = false;
 
   explicit Words4Layout(uint32_t alpha) : alpha_(static_cast<uint16_t>(alpha)) {}
 
-  template <class Write>
   void Store(Words first, Words second, Words third, uint8_t* to) const {
     const auto front = [](Words a, Words b) { return hn::BitCast(kWords32Tag, hn::InterleaveLower(kWordsTag, a, b)); };
     const auto back = [](Words a, Words b) { return hn::BitCast(kWords32Tag, hn::InterleaveUpper(kWordsTag, a, b)); };
     const auto put = [to](auto a, auto b, size_t at) {
-      Write::Put(hn::BitCast(kBytesTag, hn::InterleaveLower(kWords32Tag, a, b)), to + at);
-      Write::Put(hn::BitCast(kBytesTag, hn::InterleaveUpper(kWords32Tag, a, b)), to + at + KORVEL_VECTOR_BYTES);
+      Put(hn::BitCast(kBytesTag, hn::InterleaveLower(kWords32Tag, a, b)), to + at);
+      Put(hn::BitCast(kBytesTag, hn::InterleaveUpper(kWords32Tag, a, b)), to + at + KORVEL_VECTOR_BYTES);
     };
     const Words alpha = hn::Set(kWordsTag, alpha_);
     const Words a = Ordered(first);
@@ -226,12 +215,12 @@ struct Word32LayoutOf {
   using Sample = uint16_t;
   using Vector = Words;
   static constexpr size_t kPixelBytes = 4;
+  static constexpr bool kReadsOutput = kKeepsUnusedBits;  // so it can't make its pixels anywhere else
   static constexpr uint32_t kUnusedBits = 0xC0000000;
 
   explicit Word32LayoutOf(uint32_t /*alpha*/) {}
 
   // Both halves of the words are made in 16-bit lanes.
-  template <class Write>
   void Store(Words first, Words second, Words third, uint8_t* to) const {
     const Words mask = hn::Set(kWordsTag, uint16_t{0x3FF});
     const Words low = hn::Or(hn::And(first, mask), hn::ShiftLeft<10>(second));
@@ -246,13 +235,13 @@ struct Word32LayoutOf {
       }
     };
     if constexpr (KORVEL_VECTOR_BYTES == 16) {
-      Write::Put(kept(hn::InterleaveLower(kWordsTag, low, high), to), to);
-      Write::Put(kept(hn::InterleaveUpper(kWordsTag, low, high), to + 16), to + 16);
+      Put(kept(hn::InterleaveLower(kWordsTag, low, high), to), to);
+      Put(kept(hn::InterleaveUpper(kWordsTag, low, high), to + 16), to + 16);
     } else {
       const Words a = hn::InterleaveLower(kWordsTag, low, high);
       const Words b = hn::InterleaveUpper(kWordsTag, low, high);
-      Write::Put(kept(hn::ConcatLowerLower(kWordsTag, b, a), to), to);
-      Write::Put(kept(hn::ConcatUpperUpper(kWordsTag, b, a), to + 32), to + 32);
+      Put(kept(hn::ConcatLowerLower(kWordsTag, b, a), to), to);
+      Put(kept(hn::ConcatUpperUpper(kWordsTag, b, a), to + 32), to + 32);
     }
   }
 

@@ -6,6 +6,7 @@
 #include <cstring>
 
 #include "processing/conversion/colour_vectors-inl.h"
+#include "processing/conversion/walk_columns-inl.h"
 
 namespace img::processing::KORVEL_VECTORS {
 namespace {
@@ -24,90 +25,6 @@ uint32_t LoadOne(const uint8_t* line, size_t x) {
   Sample sample;
   std::memcpy(&sample, line + x * sizeof(Sample), sizeof(Sample));
   return sample;
-}
-
-// Calls a kernel for columns first to last - 1, whose pixels begin at to. It has
-//   Vectors(begin, end, to)  a whole number of vectors of columns
-//   One(x, to)               a column
-// A last vector that isn't full covers columns again that are done.
-template <class Kernel>
-void Convert(const Kernel& kernel, size_t first, size_t last, uint8_t* to) {
-  constexpr size_t kLanes = Kernel::kLanes;
-  constexpr size_t kPixel = Kernel::kPixelBytes;
-  if (last < first + kLanes) {
-    for (size_t x = first; x < last; ++x) kernel.One(x, to + (x - first) * kPixel);
-    return;
-  }
-  const size_t end = first + (last - first) / kLanes * kLanes;
-  kernel.Vectors(first, end, to);
-  if (end != last) kernel.Vectors(last - kLanes, last, to + (last - kLanes - first) * kPixel);
-}
-
-constexpr size_t kCacheLine = 64;
-
-// Copies whole cache lines past the caches, between addresses at the start of one.
-void StreamLines(const uint8_t* from, uint8_t* to, size_t byteCount) {
-  for (size_t i = 0; i < byteCount; i += KORVEL_VECTOR_BYTES) {
-    hn::Stream(hn::Load(kBytesTag, from + i), kBytesTag, to + i);
-  }
-}
-
-// The same past the caches, by way of a stage that stays in the nearest one. Streamed stores between the loads of the
-// kernel take a quarter longer than when they come in bursts, and so they have their alignment for any pixel and
-// address. What lies in cache lines that the columns share with others is stored as usual.
-template <class Kernel>
-void ConvertStreamed(const Kernel& kernel, uint8_t* output, size_t first, size_t last) {
-  constexpr size_t kLanes = Kernel::kLanes;
-  constexpr size_t kPixel = Kernel::kPixelBytes;
-  constexpr size_t kColumns = 2048 / kPixel / kCacheLine * kCacheLine;
-  // The head below and a full number of columns.
-  alignas(kCacheLine) uint8_t stage[kCacheLine * (1 + kPixel) + kColumns * kPixel];
-  uint8_t* const start = output + first * kPixel;
-  size_t begin = reinterpret_cast<uintptr_t>(start) % kCacheLine;  // of what the stage holds
-  size_t end = begin;
-  uint8_t* to = start - begin;  // where the stage's first byte goes
-
-  // Most vectors shall begin with a cache line: what is stored in one piece is loaded in one, without a wait.
-  size_t x = first;
-  size_t head = 0;
-  while (head < kCacheLine && reinterpret_cast<uintptr_t>(start + head * kPixel) % kCacheLine != 0) ++head;
-  if (head < kCacheLine && first + head + kLanes <= last) {
-    Convert(kernel, first, first + (head < kLanes ? kLanes : head), stage + begin);
-    x += head;
-    end += head * kPixel;
-  }
-
-  while (x < last) {
-    size_t count = last - x;
-    if (count > kColumns) count = count < kColumns + kLanes ? kColumns - kLanes : kColumns;  // leaves a full vector
-    Convert(kernel, x, x + count, stage + end);
-    x += count;
-    end += count * kPixel;
-    if (begin != 0 && end >= kCacheLine) {
-      std::memcpy(to + begin, stage + begin, kCacheLine - begin);
-      begin = kCacheLine;
-    }
-    const size_t whole = end / kCacheLine * kCacheLine;
-    if (whole != 0) {
-      StreamLines(stage + begin, to + begin, whole - begin);
-      std::memcpy(stage, stage + whole, end - whole);
-      begin = 0;
-      end -= whole;
-      to += whole;
-    }
-  }
-  std::memcpy(to + begin, stage + begin, end - begin);
-}
-
-template <class Kernel>
-void Walk(const Kernel& kernel, uint8_t* output, size_t first, size_t last, bool isStreamed) {
-  if constexpr (Kernel::kCanStream) {
-    if (isStreamed) {
-      ConvertStreamed(kernel, output, first, last);
-      return;
-    }
-  }
-  Convert(kernel, first, last, output + first * Kernel::kPixelBytes);
 }
 
 // The colours of a vector of columns.
@@ -216,12 +133,12 @@ Colours<uint32_t> BilinearOne(const BilinearTask& task, size_t x) {
                      x % 2 == task.ownColumn);
 }
 
-template <class Layout, bool kStreams>
+template <class Layout>
 class Bilinear {
  public:
   static constexpr size_t kLanes = KORVEL_VECTOR_BYTES / sizeof(typename Layout::Sample);
   static constexpr size_t kPixelBytes = Layout::kPixelBytes;
-  static constexpr bool kCanStream = kStreams;
+  static constexpr bool kCanStream = !Layout::kReadsOutput;
 
   explicit Bilinear(const BilinearTask& task) : task_(task), layout_(task.alpha) {}
 
@@ -270,9 +187,9 @@ class Bilinear {
     };
     using Vector = typename Layout::Vector;
     if (task.isOwnFirst) {
-      walk([&](const Colours<Vector>& c) { layout.template Store<Ordinary>(c.own, c.green, c.other, to); });
+      walk([&](const Colours<Vector>& c) { layout.Store(c.own, c.green, c.other, to); });
     } else {
-      walk([&](const Colours<Vector>& c) { layout.template Store<Ordinary>(c.other, c.green, c.own, to); });
+      walk([&](const Colours<Vector>& c) { layout.Store(c.other, c.green, c.own, to); });
     }
   }
 
@@ -280,9 +197,9 @@ class Bilinear {
   Layout layout_;
 };
 
-template <class Layout, bool kCanStream = true>
+template <class Layout>
 void ConvertBilinear(const BilinearTask& task) {
-  Walk(Bilinear<Layout, kCanStream>(task), task.output, task.first, task.last, task.isStreamed);
+  Walk(Bilinear<Layout>(task), task.output, task.first, task.last, task.isStreamed);
 }
 
 // Without what Highway adds to the conversion for numbers beyond 32 bits.
@@ -298,7 +215,7 @@ class Luminance {
  public:
   static constexpr size_t kLanes = KORVEL_VECTOR_BYTES;
   static constexpr size_t kPixelBytes = 1;
-  static constexpr bool kCanStream = true;
+  static constexpr bool kCanStream = false;  // takes so long that ordinary stores cost nothing
 
   explicit Luminance(const BilinearTask& task) : task_(task) {}
 
@@ -346,7 +263,7 @@ class Luminance {
     const auto walk = [&](auto isOwnRed) {
       for (size_t x = begin; x < end; x += kLanes) {
         const SplitColours split = BilinearBytes<kStartsOwn>(task.above + x, task.here + x, task.below + x);
-        Ordinary::Put(Merge(Weigh(split.even, isOwnRed()), Weigh(split.odd, isOwnRed())), to);
+        Put(Merge(Weigh(split.even, isOwnRed()), Weigh(split.odd, isOwnRed())), to);
         to += kLanes;
       }
     };
@@ -402,9 +319,9 @@ class Classic {
       }
     };
     if (task_.isEvenFirst == (start == 0)) {
-      walk([&](Bytes a, Bytes green, Bytes b) { layout.template Store<Ordinary>(a, green, b, to); });
+      walk([&](Bytes a, Bytes green, Bytes b) { layout.Store(a, green, b, to); });
     } else {
-      walk([&](Bytes a, Bytes green, Bytes b) { layout.template Store<Ordinary>(b, green, a, to); });
+      walk([&](Bytes a, Bytes green, Bytes b) { layout.Store(b, green, a, to); });
     }
   }
 
@@ -511,7 +428,7 @@ class Mono {
     for (size_t x = begin; x < end; x += kLanes) {
       const uint8_t* const heavyLine = task.heavyLine + x * sizeof(Sample);
       const uint8_t* const lightLine = task.lightLine + x * sizeof(Sample);
-      Ordinary::Put(Convert(heavyLine, lightLine, even, odd, limit), to);
+      Put(Convert(heavyLine, lightLine, even, odd, limit), to);
       to += KORVEL_VECTOR_BYTES;
     }
   }
@@ -580,8 +497,7 @@ void Finish() { hwy::FlushStream(); }
 
 extern const DemosaicKernels kDemosaicKernels = {
     .bilinear = {ConvertBilinear<Bytes3Layout>, ConvertBilinear<Bytes4Layout>, ConvertBilinear<Words3Layout>,
-                 ConvertBilinear<Words4Layout>, ConvertBilinear<Word32Layout>,
-                 ConvertBilinear<Word32KeptLayout, false>},
+                 ConvertBilinear<Words4Layout>, ConvertBilinear<Word32Layout>, ConvertBilinear<Word32KeptLayout>},
     .luminance = ConvertLuminance,
     .classic3 = ConvertClassic<Bytes3Layout>,
     .classic4 = ConvertClassic<Bytes4Layout>,

@@ -1,6 +1,6 @@
 #include "processing/conversion/filter_vectors.h"
 
-#include "processing/conversion/colour_vectors-inl.h"
+#include "processing/conversion/walk_columns-inl.h"
 
 namespace img::processing::KORVEL_VECTORS {
 namespace {
@@ -151,49 +151,51 @@ class Sites {
 template <class Layout, bool kOwnFirst>
 class FilterKernel {
  public:
+  static constexpr size_t kLanes = kColumns;
   static constexpr size_t kPixelBytes = Layout::kPixelBytes;
+  // Pixels of bytes take so long that ordinary stores cost nothing beside.
+  static constexpr bool kCanStream = !Layout::kReadsOutput && sizeof(typename Layout::Sample) > 1;
 
   explicit FilterKernel(const FilterTask& task)
       : task_(task), layout_(task.maximum), maximum_(hn::Set(kLanesTag, static_cast<int16_t>(task.maximum))) {}
 
   // Columns begin to end - 1, whole vectors of them.
-  template <class Write>
   void Vectors(size_t begin, size_t end, uint8_t* to) const {
     if (begin % 2 == task_.ownColumn) {
-      Make<Write, true>(begin, end, to);
+      Make<true>(begin, end, to);
     } else {
-      Make<Write, false>(begin, end, to);
+      Make<false>(begin, end, to);
     }
   }
 
  private:
-  template <class Write, bool kStartsOwn>
+  template <bool kStartsOwn>
   HWY_NOINLINE void Make(size_t begin, size_t end, uint8_t* to) const {
     const FilterKernel kernel = *this;  // no store can change it
     const Sites<kStartsOwn> sites(task_, begin);
     const size_t pairs = (end - begin) / 2;
     for (size_t i = 0; i < pairs; i += kPairs) {
-      kernel.template Put<Write, kStartsOwn>(sites.Own(i), sites.Green(i), sites.Missing(i), to + 2 * i * kPixelBytes);
+      kernel.template PutPixels<kStartsOwn>(sites.Own(i), sites.Green(i), sites.Missing(i), to + 2 * i * kPixelBytes);
     }
   }
 
-  template <class Write, bool kStartsOwn>
-  void Put(Lanes own, Lanes green, const MissingColours& missing, uint8_t* to) const {
+  template <bool kStartsOwn>
+  void PutPixels(Lanes own, Lanes green, const MissingColours& missing, uint8_t* to) const {
     if constexpr (sizeof(typename Layout::Sample) == 1) {
-      Store<Write>(Join<kStartsOwn>(own, missing.ownAtGreen), Join<kStartsOwn>(missing.greenAtOwn, green),
-                   Join<kStartsOwn>(missing.otherAtOwn, missing.otherAtGreen), to);
+      Store(Join<kStartsOwn>(own, missing.ownAtGreen), Join<kStartsOwn>(missing.greenAtOwn, green),
+            Join<kStartsOwn>(missing.otherAtOwn, missing.otherAtGreen), to);
     } else {
       const Columns owns = JoinWords<kStartsOwn>(own, Limit(missing.ownAtGreen));
       const Columns greens = JoinWords<kStartsOwn>(Limit(missing.greenAtOwn), green);
       const Columns others = JoinWords<kStartsOwn>(Limit(missing.otherAtOwn), Limit(missing.otherAtGreen));
-      Store<Write>(owns.front, greens.front, others.front, to);
-      Store<Write>(owns.back, greens.back, others.back, to + kPairs * kPixelBytes);
+      Store(owns.front, greens.front, others.front, to);
+      Store(owns.back, greens.back, others.back, to + kPairs * kPixelBytes);
     }
   }
 
-  template <class Write, class Vector>
+  template <class Vector>
   void Store(Vector own, Vector green, Vector other, uint8_t* to) const {
-    layout_.template Store<Write>(kOwnFirst ? own : other, green, kOwnFirst ? other : own, to);
+    layout_.Store(kOwnFirst ? own : other, green, kOwnFirst ? other : own, to);
   }
 
   Lanes Limit(Lanes value) const { return hn::Min(hn::Max(value, hn::Zero(kLanesTag)), maximum_); }
@@ -233,51 +235,11 @@ class FilterKernel {
 };
 
 template <class Layout>
-constexpr bool kCanStream = true;
-template <>
-constexpr bool kCanStream<Word32KeptLayout> = false;  // what it keeps it reads from the output
-
-// All columns of a task. Where the output isn't a whole number of vectors, vectors overlap.
-template <class Layout, bool kOwnFirst>
-void FilterColumns(const FilterTask& task) {
-  constexpr size_t kPixel = Layout::kPixelBytes;
-  const FilterKernel<Layout, kOwnFirst> kernel(task);
-  const size_t last = task.last;
-  const auto at = [&](size_t x) { return task.output + x * kPixel; };
-  size_t x = task.first;
-  if constexpr (kCanStream<Layout>) {
-    if (task.isStreamed) {
-      const auto isAligned = [&] { return reinterpret_cast<uintptr_t>(at(x)) % KORVEL_VECTOR_BYTES == 0; };
-      while (x < task.first + kColumns && !isAligned()) ++x;
-      if (isAligned() && x + kColumns <= last) {
-        // Bytes that are streamed aren't written in another way too.
-        uint8_t part[kColumns * kPixel];
-        if (x != task.first) {
-          kernel.template Vectors<Ordinary>(task.first, task.first + kColumns, part);
-          std::memcpy(at(task.first), part, (x - task.first) * kPixel);
-        }
-        const size_t end = x + (last - x) / kColumns * kColumns;
-        kernel.template Vectors<Streamed>(x, end, at(x));
-        if (end != last) {
-          kernel.template Vectors<Ordinary>(last - kColumns, last, part);
-          std::memcpy(at(end), part + (end - (last - kColumns)) * kPixel, (last - end) * kPixel);
-        }
-        return;
-      }
-      x = task.first;
-    }
-  }
-  const size_t end = x + (last - x) / kColumns * kColumns;
-  kernel.template Vectors<Ordinary>(x, end, at(x));
-  if (end != last) kernel.template Vectors<Ordinary>(last - kColumns, last, at(last - kColumns));
-}
-
-template <class Layout>
 void Filter(const FilterTask& task) {
   if (task.isOwnFirst) {
-    FilterColumns<Layout, true>(task);
+    Walk(FilterKernel<Layout, true>(task), task.output, task.first, task.last, task.isStreamed);
   } else {
-    FilterColumns<Layout, false>(task);
+    Walk(FilterKernel<Layout, false>(task), task.output, task.first, task.last, task.isStreamed);
   }
 }
 
