@@ -5,8 +5,10 @@
 
 #include "core/channel_accessor.h"
 #include "core/image_lines.h"
+#include "core/instruction_set.h"
 #include "io/bmp/bmp_writer.h"
 #include "io/file_output.h"
+#include "processing/conversion/sample_vectors.h"
 
 namespace img::io::bmp {
 namespace {
@@ -28,8 +30,27 @@ template <PixelFormatId formatId>
 void SwapRedAndBlue(const uint8_t* __restrict line, size_t byteCount, uint8_t* __restrict swapped) {
   using Accessor = pixel_accessor::ChannelAccessor<formatId>;
   constexpr size_t kStep = kFacts<formatId>.PixelByteCount();
+  const auto swapOne = [&](size_t at) {
+    const auto pixel = pixel_accessor::LoadPixel<formatId>(line + at);
+    typename Accessor::PixelRepr result{};
+    Accessor::template Set<0>(result, Accessor::template Get<2>(pixel));
+    Accessor::template Set<1>(result, Accessor::template Get<1>(pixel));
+    Accessor::template Set<2>(result, Accessor::template Get<0>(pixel));
+    pixel_accessor::StorePixel<formatId>(swapped + at, result);
+  };
   size_t i = 0;
   if constexpr (kStep == 3) {
+    using processing::kSamplesPerStep;
+    static const processing::SampleKernels* const vectors =
+        processing::FindSampleKernels(InstructionSetOf(ProcessorFeatures::OfThisProcessor()));
+    const size_t width = byteCount / kStep;
+    if (vectors != nullptr && width > kSamplesPerStep + 1) {
+      // Which want a pixel on either side.
+      const size_t steps = (width - 2) / kSamplesPerStep;
+      swapOne(0);
+      vectors->swapBytes(line + kStep, swapped + kStep, nullptr, steps, false);
+      i = kStep + steps * kSamplesPerStep * kStep;
+    }
     // Each store covers two bytes of the next pixel, which the next store sets right.
     uint64_t pixels = 0;
     for (; i + sizeof pixels <= byteCount; i += 2 * kStep) {
@@ -38,14 +59,7 @@ void SwapRedAndBlue(const uint8_t* __restrict line, size_t byteCount, uint8_t* _
       std::memcpy(swapped + i, &pixels, sizeof pixels);
     }
   }
-  for (; i < byteCount; i += kStep) {
-    const auto pixel = pixel_accessor::LoadPixel<formatId>(line + i);
-    typename Accessor::PixelRepr result{};
-    Accessor::template Set<0>(result, Accessor::template Get<2>(pixel));
-    Accessor::template Set<1>(result, Accessor::template Get<1>(pixel));
-    Accessor::template Set<2>(result, Accessor::template Get<0>(pixel));
-    pixel_accessor::StorePixel<formatId>(swapped + i, result);
-  }
+  for (; i < byteCount; i += kStep) swapOne(i);
 }
 
 template <PixelFormatId formatId>

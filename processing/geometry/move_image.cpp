@@ -1,7 +1,8 @@
 #include "processing/geometry/move_image.h"
 
+#include <cstring>
+
 #include "core/image_lines.h"
-#include "processing/copy_bytes.h"
 #include "processing/geometry/move_kernels.h"
 #include "processing/streaming.h"
 
@@ -19,6 +20,9 @@ struct LineWalk {
   ptrdiff_t step;
 };
 
+// A turn writes its target in pieces of lines, which the cache keeps no more than half as well as whole ones.
+constexpr size_t kSmallestStreamedTurn = kSmallestStreamedOutput / 2;
+
 template <class Byte>
 bool IsEmpty(const ImageLines<Byte>& lines) {
   return lines.size.width == 0 || lines.size.height == 0;
@@ -33,7 +37,7 @@ void Turn(const ImageLines<const uint8_t>& source, const ImageLines<uint8_t>& ta
   const LineWalk to(target, !isClockwise);
   const Size2D& size = source.size;
   MoveKernelsFor(set).transpose[pixelByteCount]({from.first, from.step, to.first, to.step, size.width, size.height,
-                                                 ShouldStream(size.width * size.height * pixelByteCount)});
+                                                 size.width * size.height * pixelByteCount >= kSmallestStreamedTurn});
 }
 
 }  // namespace
@@ -104,7 +108,7 @@ void TurnInPlace(IfcImage& image, QuarterTurn turn, MoveScratch& scratch, Instru
     const size_t pixelByteCount = image.PixelByteCount();
     const size_t byteCount = ByteCountToAllocate(image.PixelFormat(), before);
     uint8_t* const copy = scratch.Take(byteCount);
-    CopyBytes(lines.first, copy, byteCount, set);
+    std::memcpy(copy, lines.first, byteCount);  // through the caches, as the turn reads it
     Turn({copy, before.width * pixelByteCount, before}, {lines.first, after.width * pixelByteCount, after},
          pixelByteCount, turn, set);
   }
