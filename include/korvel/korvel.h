@@ -10,9 +10,9 @@
  * - A failed call changes nothing but that record, unless the function says otherwise. Results are written through
  *   pointers and only on success.
  * - Checks run in this order: handles (KORVEL_RETURN_CODE_InvalidHandle), packed formats where a function refuses them
- *   (KORVEL_RETURN_CODE_ImageFormatNotSupported), pointers (KORVEL_RETURN_CODE_InvalidArgument), values. A null pointer
- * is refused everywhere but where a function gives it a meaning. That any other pointer can be read or written is
- * trusted.
+ *   (KORVEL_RETURN_CODE_ImageFormatNotSupported), pointers (KORVEL_RETURN_CODE_InvalidArgument), values. A null
+ *   pointer is refused everywhere but where a function gives it a meaning. That any other pointer can be read or
+ *   written is trusted.
  * - Objects are held by handles. A handle is valid from the call that wrote it until the matching ..._Destruct. An
  *   unknown, destroyed or foreign handle is refused. A call in progress keeps its objects alive even if another
  *   thread destroys the handle meanwhile.
@@ -403,9 +403,10 @@ KORVEL_API KORVEL_RETURN_CODE KORVEL_ImageConverter_Convert(KORVEL_IMAGE_CONVERT
 /*
  * Like KORVEL_ImageConverter_Convert, with the result in the caller's memory: outputImageHandle then stands for an
  * image over outputImageBuffer, with the rules of KORVEL_Image_ConstructFromBuffer. The common conversions from Bayer
- * to 8-bit colour write there directly; all others make an image first and copy it, and for them
- * outputImageBufferSize must be the exact byte count of the result. A swap of red and blue changes the input image as
- * told there, also in a call that then fails on outputImageBufferSize.
+ * to 8-bit colour take a buffer of any size above the result's; for all others outputImageBufferSize must be the exact
+ * byte count of the result. On processors with AVX most conversions write to the buffer directly; the rest make an
+ * image first and copy it. A swap of red and blue changes the input image as told there, also in a call that then fails
+ * on outputImageBufferSize.
  *
  * In mode Classic, only BayerRG8 and BayerGR8 to RGB8, BGR8, RGBa8 or BGRa8 are accepted.
  *
@@ -1185,6 +1186,8 @@ KORVEL_API KORVEL_RETURN_CODE KORVEL_ImageReaderRead_ReadAsPixelFormat(const cha
  *
  * A file holds up to 4 GiB of compressed images; beyond that images are dropped, and the file stays good. It can be
  * played once it is closed. A video that is still open when the process ends is closed then, with all that is queued.
+ * A child that a process makes by fork while a video is open must not end by exit: it would end the file a second time
+ * and wait for a thread that it doesn't have.
  *
  * Up to 48 videos can be open at a time. Any thread may call any function on one video.
  */
