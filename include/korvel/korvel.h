@@ -403,10 +403,9 @@ KORVEL_API KORVEL_RETURN_CODE KORVEL_ImageConverter_Convert(KORVEL_IMAGE_CONVERT
 /*
  * Like KORVEL_ImageConverter_Convert, with the result in the caller's memory: outputImageHandle then stands for an
  * image over outputImageBuffer, with the rules of KORVEL_Image_ConstructFromBuffer. The common conversions from Bayer
- * to 8-bit colour take a buffer of any size above the result's; for all others outputImageBufferSize must be the exact
- * byte count of the result. On processors with AVX most conversions write to the buffer directly; the rest make an
- * image first and copy it. A swap of red and blue changes the input image as told there, also in a call that then fails
- * on outputImageBufferSize.
+ * to 8-bit colour take a larger buffer too; for all others outputImageBufferSize must be the exact byte count of the
+ * result. Most write there directly; the rest make an image first and copy it. A swap of red and blue changes the input
+ * image as told there, also in a call that then fails on outputImageBufferSize.
  *
  * In mode Classic, only BayerRG8 and BayerGR8 to RGB8, BGR8, RGBa8 or BGRa8 are accepted.
  *
@@ -1186,9 +1185,7 @@ KORVEL_API KORVEL_RETURN_CODE KORVEL_ImageReaderRead_ReadAsPixelFormat(const cha
  *
  * A file holds up to 4 GiB of compressed images; beyond that images are dropped, and the file stays good. It can be
  * played once it is closed. A video that is still open when the process ends is closed then, with all that is queued.
- * A child that a process makes by fork while a video is open must not end by exit: it would end the file a second time
- * and wait for a thread that it doesn't have.
- *
+ * A child made by fork while a video is open has to leave by _exit: with exit it would end the file a second time.
  * Up to 48 videos can be open at a time. Any thread may call any function on one video.
  */
 
