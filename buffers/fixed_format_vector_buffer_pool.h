@@ -12,8 +12,8 @@
 namespace img::buffer {
 
 // Grows on demand up to its limit and doesn't shrink. Must be held by a shared_ptr, as its buffers keep it alive.
-// Memory is zeroed when it is handed out first, and isn't cleared when it is handed out again. The memory that came
-// back last goes out first, while it is in the cache.
+// Memory is zeroed when it is handed out first, unless its taker fills it, and isn't cleared when it is handed out
+// again. The memory that came back last goes out first, while it is in the cache.
 class FixedFormatVectorBufferPool final : public IfcFixedFormatBufferPool {
  public:
   class Factory;

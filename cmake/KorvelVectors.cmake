@@ -16,8 +16,9 @@ foreach(set IN ITEMS avx avx2)
                                                HWY_DISABLE_PCLMUL_AES)
   target_compile_options(${target} PRIVATE -m${set} -O3)
 endforeach()
-target_compile_definitions(korvel_vectors_avx PRIVATE KORVEL_VECTOR_BYTES=16)
-target_compile_definitions(korvel_vectors_avx2 PRIVATE KORVEL_VECTOR_BYTES=32)
+# Whatever the compiler's flags would allow besides.
+target_compile_definitions(korvel_vectors_avx PRIVATE KORVEL_VECTOR_BYTES=16 HWY_BASELINE_TARGETS=HWY_SSE4)
+target_compile_definitions(korvel_vectors_avx2 PRIVATE KORVEL_VECTOR_BYTES=32 HWY_BASELINE_TARGETS=HWY_AVX2)
 
 function(korvel_add_vector_sources)
   foreach(set IN ITEMS avx avx2)

@@ -36,6 +36,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <exception>
+#include <initializer_list>
 #include <iterator>
 #include <limits>
 #include <memory>
@@ -858,10 +859,12 @@ constexpr PixelFormat TargetFormat(LegacyPixelFormat format, size_t width, size_
   return PixelFormat::Invalid;
 }
 
-/// Bytes that an image of an older layout takes: three for two pixels, and two for a last one alone.
+/// Bytes that an image of an older layout takes: three for two pixels, and two for a last one alone. The largest size_t
+/// if they can't be counted.
 constexpr size_t LegacyByteCount(size_t width, size_t height) noexcept {
+  constexpr size_t kMost = std::numeric_limits<size_t>::max();
   const size_t pixels = detail::PixelCount(width, height);
-  return pixels / 2 * 3 + pixels % 2 * 2;
+  return pixels > kMost / 3 ? kMost : pixels / 2 * 3 + pixels % 2 * 2;
 }
 
 // ---------------------------------------------------------------------------------------------------------- views --
@@ -1104,8 +1107,7 @@ class BasicImage : public AnyImage {
   }
 
   /// Calls visitor with the view of the pixels that fits the format: PixelView<uint8_t>, PixelView<uint16_t> or
-  /// PixelView<uint32_t>. It must return the same type T for each; the
-  /// answer is a Returns<T>.
+  /// PixelView<uint32_t>. It must return the same type T for each; the answer is a Returns<T>.
   ///
   ///     image.Visit([](auto pixels) { return pixels(0, 0) == 0; });
   ///
@@ -1547,7 +1549,8 @@ class BasicAdaptiveHotpixelCorrector : public AnyAdaptiveHotpixelCorrector {
   Returns<void> Detect(const AnyImage& image) {
     return detail::Finish<Policy>(KORVEL_AdaptiveHotpixelCorrector_Detect(Get(), image.Get()));
   }
-  /// The pixels that the last detection found, row by row.
+  /// The pixels that the last detection found, row by row. To be asked before Correct, which puts its own list in their
+  /// place while their number stays.
   Returns<std::vector<Point>> Hotpixels() const {
     return detail::List<Policy, Point>([&](Point* points, size_t* size) {
       return KORVEL_AdaptiveHotpixelCorrector_GetHotpixels(Get(), points, size);
@@ -1555,7 +1558,7 @@ class BasicAdaptiveHotpixelCorrector : public AnyAdaptiveHotpixelCorrector {
   }
 
   /// Corrects the pixels of a list in a copy of the image. With an empty list the copy is made all the same, where the
-  /// C function makes none, and no format is refused.
+  /// C function makes none, no format is refused, and the corrector isn't asked whether it holds anything.
   Returns<Image> Correct(const AnyImage& image, Span<const Point> hotpixels) {
     if (hotpixels.empty()) return detail::Make<Policy, Image>(KORVEL_Image_Clone, image.Get());
     return detail::Make<Policy, Image>(KORVEL_AdaptiveHotpixelCorrector_Correct, Get(), image.Get(), hotpixels.data(),
@@ -1564,6 +1567,10 @@ class BasicAdaptiveHotpixelCorrector : public AnyAdaptiveHotpixelCorrector {
   /// The same with a vector.
   Returns<Image> Correct(const AnyImage& image, const std::vector<Point>& hotpixels) {
     return Correct(image, Span<const Point>(hotpixels.data(), hotpixels.size()));
+  }
+  /// The same with a list in braces.
+  Returns<Image> Correct(const AnyImage& image, std::initializer_list<Point> hotpixels) {
+    return Correct(image, Span<const Point>(hotpixels.begin(), hotpixels.size()));
   }
 
   /// Detects an image's hot pixels and corrects them in a copy of it.

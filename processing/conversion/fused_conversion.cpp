@@ -90,7 +90,7 @@ class LineMaker {
       for (size_t y = 0; y + 1 < height_; ++y) MakeMono(y, y);
       MakeMono(height_ - 2, height_ - 1);
     } else {
-      // The border is a copy of the pixels next to it, made once more.
+      // The border has the colours of the pixels next to it, made once more.
       MakeColours(1, 0);
       for (size_t y = 1; y + 1 < height_; ++y) MakeColours(y, y);
       MakeColours(height_ - 2, height_ - 1);

@@ -8,6 +8,7 @@
 #include <utility>
 
 #include "core/memory_limit.h"
+#include "processing/conversion/bilinear_demosaic.h"
 #include "status/exceptions.h"
 
 namespace img::processing {
@@ -129,10 +130,18 @@ std::shared_ptr<IfcImage> ImageConverter::ConvertAtOnce(IfcImage& input, PixelFo
   std::shared_ptr<IfcImage> result =
       (isFilled ? pool_->AllocBufferToFill(output, size) : pool_->AllocBuffer(output, size))->CreateImage();
   uint8_t* const pixels = result->PixelPointer(0, 0);
-  if (plan) {
-    fusedConversion_.Convert(*plan, input, pixels);
-  } else {
-    streamConversion_.Convert(input, output, pixels);
+  try {
+    if (plan) {
+      fusedConversion_.Convert(*plan, input, pixels);
+      // Words of the border are copies with the bits that carry nothing.
+      if (plan->keepsUnusedBits) CopyBorder(*result);
+    } else {
+      streamConversion_.Convert(input, output, pixels);
+    }
+  } catch (...) {
+    // The memory goes back to the pool, whose next taker may leave some of it as it is.
+    if (isFilled) std::memset(pixels, 0, result->ByteCount());
+    throw;
   }
   return result;
 }

@@ -27,7 +27,7 @@
 namespace img::processing {
 
 // Serves one thread at a time; only the mode may be changed from another. Keeps nothing from one image to the next but
-// the pool's memory and the modules' instances.
+// the pool's memory, scratch memory and the modules' instances.
 class ImageConverter {
  public:
   explicit ImageConverter(std::shared_ptr<buffer::IfcMultiFormatBufferPool> pool,

@@ -1,6 +1,7 @@
 // Memory that an object needs while it works and would rather keep than take anew each time.
 #pragma once
 
+#include <algorithm>
 #include <atomic>
 #include <cstddef>
 #include <cstdint>
@@ -25,7 +26,7 @@ class KeptScratch {
   class Loan {
    public:
     Loan(KeptScratch& owner, size_t byteCount) : owner_(owner), block_(owner.kept_.exchange(nullptr)) {
-      const size_t count = (byteCount + kAlignment - 1) / kAlignment;
+      const size_t count = std::max<size_t>((byteCount + kAlignment - 1) / kAlignment, 1);
       if (!block_ || block_->count < count) {
         block_ = std::make_unique<Block>(Block{std::make_unique_for_overwrite<Block::CacheLine[]>(count), count});
       }

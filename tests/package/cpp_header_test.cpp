@@ -537,6 +537,7 @@ TEST(CppHeaderLegacyPacked, KeepsEachValue) {
         for (size_t i = 1; i < camera.size(); i += 3) camera[i] = static_cast<uint8_t>(camera[i] | 0xCC);
       }
       ASSERT_EQ(camera.size(), korvel::LegacyByteCount(width, height));
+      static_assert(korvel::LegacyByteCount(12297829382473034411u, 1) == std::numeric_limits<size_t>::max());
 
       const PixelFormat target = pixels % (row.bits == 10 ? 4 : 2) == 0 ? row.packed : row.unpacked;
       EXPECT_EQ(korvel::TargetFormat(row.legacy, width, height), target);
@@ -721,6 +722,8 @@ TEST(CppHeaderAdaptiveHotpixelCorrector, FindsAndCorrects) {
   EXPECT_EQ(points[0].y, 5u);
   const Bytes black(256);
   EXPECT_EQ(PixelsOf(corrector.Correct(image, points)), black);
+  EXPECT_EQ(PixelsOf(corrector.Correct(image, {points[0]})),
+            PixelsOf(corrector.Correct(image, std::vector<korvel::Point>{points[0]})));
   EXPECT_EQ(PixelsOf(corrector.CorrectAdaptive(image)), black);
   EXPECT_EQ(CodeOf([&] { corrector.SetSensitivity(0); }), ReturnCode::Error);
 }

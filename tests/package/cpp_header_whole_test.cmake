@@ -3,6 +3,7 @@
 file(READ "${HEADER}" header)
 file(READ "${CPP_HEADER}" cpp_header)
 string(REGEX MATCHALL "KORVEL_API KORVEL_RETURN_CODE[ \n]+KORVEL_[A-Za-z0-9_]+\\(" declarations "${header}")
+string(REGEX REPLACE "//[^\n]*" "" cpp_header "${cpp_header}") # a mention is no use
 set(count 0)
 set(missing "")
 foreach(declaration IN LISTS declarations)

@@ -59,14 +59,16 @@ raw8 "$work/grey.raw" "$bayer_rg8" 100
 expect '0: mean 162.00, from 162 to 162.*1: mean 9[78].[0-9]*, from .*2: mean 194.00, from 194 to 194' \
   histogram "$work/corrected.png"
 
-# A pixel that is hot in one of three dark frames is noise.
-raw8 "$work/dark1.raw" "$mono8" 0 7 5
-raw8 "$work/dark2.raw" "$mono8" 0 7 5
-raw8 "$work/dark3.raw" "$mono8" 0 20 10
-expect '^1 hot pixels' hot_pixels learn "$work/list.json" "$work/dark1.raw" "$work/dark2.raw" "$work/dark3.raw"
-raw8 "$work/light.raw" "$mono8" 62 7 5
-"$examples/hot_pixels" correct "$work/list.json" "$work/light.raw" "$work/light.png"
-expect 'mean 50.00, from 50 to 50' histogram "$work/light.png"
+# Built only where its library for JSON is. A pixel that is hot in one of three dark frames is noise.
+if [[ -x $examples/hot_pixels ]]; then
+  raw8 "$work/dark1.raw" "$mono8" 0 7 5
+  raw8 "$work/dark2.raw" "$mono8" 0 7 5
+  raw8 "$work/dark3.raw" "$mono8" 0 20 10
+  expect '^1 hot pixels' hot_pixels learn "$work/list.json" "$work/dark1.raw" "$work/dark2.raw" "$work/dark3.raw"
+  raw8 "$work/light.raw" "$mono8" 62 7 5
+  "$examples/hot_pixels" correct "$work/list.json" "$work/light.raw" "$work/light.png"
+  expect 'mean 50.00, from 50 to 50' histogram "$work/light.png"
+fi
 
 expect 'written 10, dropped 0, queued 0' recording "$work/recording.avi" 10
 [[ $(head -c 4 "$work/recording.avi") == RIFF ]] || fail "no AVI file"

@@ -84,6 +84,24 @@ TEST(FusedConversion, LeavesTheRestToTheChain) {
   EXPECT_FALSE(HasPlan(kAvx2, BayerRG8, BGRa8, 2, {64, 4})) << "too low";
 }
 
+TEST(FusedConversion, KeepsTheUnusedBitsOfMemoryAsTheChainDoes) {
+  using enum PixelFormatId;
+  const Size2D size{41, 16};
+  const Frame before(RGB10p32, size, 2);
+  const Frame mosaic(BayerGR10, size, 3);
+  for (const uint32_t mode : {1u, 2u}) {
+    const auto convert = [&](const ProcessorFeatures& features) {
+      const auto converter = MakeConverter(features);
+      converter->SetConversionMode(mode);
+      converter->ConvertPixelFormat(before.Image(), RGB10p32);  // and back to the pool
+      return BytesOf(*converter->ConvertPixelFormat(mosaic.Image(), RGB10p32));
+    };
+    const std::vector<uint8_t> chain = convert({});
+    EXPECT_EQ(convert(kAvx), chain) << mode;
+    EXPECT_EQ(convert(kAvx2), chain) << mode;
+  }
+}
+
 TEST(FusedConversion, LeavesPartsOfImagesToTheChain) {
   const Frame frame(PixelFormatId::BayerRG8, {80, 48}, 1);
   const std::shared_ptr<IfcImage> part = frame.Image()->Region({0, 0}, {64, 48});
