@@ -47,7 +47,7 @@ void ConvertFast(const Mosaic& mosaic, const Target& target, InstructionSet set,
               .isStreamed = isStreamed,
               .luminanceLanes = luminanceLanes});
   }
-  FinishStreams(set);
+  if (isStreamed) EndStreaming();
 }
 
 // The two lines or columns of a plane, whose samples lie two apart, around a position half a pixel further on: the near
@@ -190,7 +190,7 @@ void ConvertClassic(const Mosaic& mosaic, const Target& target, InstructionSet s
     ClassicLine<format>(mosaic, y, target.data + y * target.format.ByteCount(mosaic.width))
         .Convert(vectors, isStreamed);
   }
-  FinishStreams(set);
+  if (isStreamed) EndStreaming();
 }
 
 constexpr bool IsColour8(const FormatFacts& facts) {

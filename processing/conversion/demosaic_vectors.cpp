@@ -491,8 +491,6 @@ void ConvertMono(const MonoTask& task) {
   Walk(Mono<Sample>(task), task.output, task.first, task.last, task.isStreamed);
 }
 
-void Finish() { hwy::FlushStream(); }
-
 }  // namespace
 
 extern const DemosaicKernels kDemosaicKernels = {
@@ -502,7 +500,6 @@ extern const DemosaicKernels kDemosaicKernels = {
     .classic3 = ConvertClassic<Bytes3Layout>,
     .classic4 = ConvertClassic<Bytes4Layout>,
     .mono8 = ConvertMono<uint8_t>,
-    .mono16 = ConvertMono<uint16_t>,
-    .finishStreams = Finish};
+    .mono16 = ConvertMono<uint16_t>};
 
 }  // namespace img::processing::KORVEL_VECTORS

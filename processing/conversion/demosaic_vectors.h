@@ -24,7 +24,7 @@ struct BilinearTask {
   size_t ownColumn;  // the parity of the columns at which the line has its own colour
   bool isOwnFirst;   // in the output pixel; for luminance: own is red
   uint32_t alpha;
-  bool isStreamed;  // past the caches; other memory may be written later than it looks, until FinishStreams
+  bool isStreamed;  // past the caches; other memory may be written later than it looks, until EndStreaming
 };
 
 // The classic kernel on columns first to last - 1. They have all their neighbours: first is at least 1, last is at most
@@ -66,8 +66,6 @@ struct DemosaicKernels {
   void (*classic4)(const ClassicTask& task);
   void (*mono8)(const MonoTask& task);
   void (*mono16)(const MonoTask& task);
-  // Makes streamed output visible in the order of the program. Whoever streamed calls it at the end.
-  void (*finishStreams)();
 };
 
 namespace avx {
@@ -79,11 +77,6 @@ extern const DemosaicKernels kDemosaicKernels;
 
 constexpr const DemosaicKernels* FindDemosaicKernels(InstructionSet set) {
   return ChooseVectors(set, avx::kDemosaicKernels, avx2::kDemosaicKernels);
-}
-
-// For whoever streamed with an instruction set's kernels.
-inline void FinishStreams(InstructionSet set) {
-  if (const DemosaicKernels* const kernels = FindDemosaicKernels(set)) kernels->finishStreams();
 }
 
 }  // namespace img::processing

@@ -20,7 +20,7 @@ struct FastLine {
   bool isRedLine;
   size_t ownColumn;  // the parity of the columns at which the line has its own colour
   InstructionSet set;
-  bool isStreamed;        // the inner columns past the caches, until the kernels' finishStreams
+  bool isStreamed;        // the inner columns past the caches, until EndStreaming
   size_t luminanceLanes;  // how many columns of luminance are computed as lanes of one vector; tells results apart
 };
 

@@ -95,7 +95,7 @@ class LineMaker {
       for (size_t y = 1; y + 1 < height_; ++y) MakeColours(y, y);
       MakeColours(height_ - 2, height_ - 1);
     }
-    if (isStreamed_) demosaic_.finishStreams();
+    if (isStreamed_) EndStreaming();
   }
 
  private:

@@ -40,7 +40,7 @@ struct MonoLine {
   bool isUpperHeavy;
   size_t heavyColumn;
   uint32_t maximum;  // of the depth, which tells bytes from words
-  bool isStreamed;   // past the caches, until the kernels' finishStreams
+  bool isStreamed;   // past the caches, until EndStreaming
 };
 
 // Gives what TBayerToMono2x2Simple does, the last column, which is a copy, among it.

@@ -165,7 +165,7 @@ void ExpectBilinear() {
          .isOwnFirst = isRedLine != img::processing::IsBlueFirst(kFormat),
          .alpha = kFormat.maxValue,
          .isStreamed = run.isStreamed});
-    run.kernels->finishStreams();
+    img::processing::EndStreaming();
     lines.Expect(expected);
   });
 }
@@ -207,7 +207,7 @@ TEST(DemosaicVectors, LuminanceIsThatOfLanes) {
                             .isOwnFirst = isRedLine,
                             .alpha = 0,
                             .isStreamed = run.isStreamed});
-    run.kernels->finishStreams();
+    img::processing::EndStreaming();
     lines.Expect(expected);
   });
 }
@@ -283,7 +283,7 @@ void ExpectClassic() {
       if (kChannels == 4) expected.push_back(255);
     }
     (kChannels == 3 ? run.kernels->classic3 : run.kernels->classic4)(task);
-    run.kernels->finishStreams();
+    img::processing::EndStreaming();
     lines.Expect(expected);
   });
 }
@@ -331,7 +331,7 @@ void ExpectMono(uint32_t maximum) {
       img::processing::StoreSample(expected.data(), x - run.first, PlainMono<Sample>(task, x));
     }
     (sizeof(Sample) == 1 ? run.kernels->mono8 : run.kernels->mono16)(task);
-    run.kernels->finishStreams();
+    img::processing::EndStreaming();
     lines.Expect(expected);
   });
 }
@@ -410,7 +410,7 @@ TEST(DemosaicVectors, StreamedLinesAreTheSame) {
           streamed = usual;
           call(usual.data() + offset, last, false);
           call(streamed.data() + offset, last, true);
-          kernels->finishStreams();
+          img::processing::EndStreaming();
           ASSERT_TRUE(streamed == usual) << set << ", to " << last << ", offset " << offset;
         }
       }

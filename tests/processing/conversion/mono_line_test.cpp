@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "processing/conversion/bayer_to_mono_2x2.h"
+#include "processing/streaming.h"
 #include "tests/support/instruction_sets.h"
 #include "tests/support/test_images.h"
 
@@ -47,7 +48,7 @@ void ExpectModule(PixelFormatId from, PixelFormatId to, size_t width, size_t hei
                                        .isStreamed = isStreamed},
                                       *kernels);
       }
-      kernels->finishStreams();
+      img::processing::EndStreaming();
       ASSERT_EQ(converted, expected) << facts.name << " " << width << " x " << height << " " << set;
     }
   }
