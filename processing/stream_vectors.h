@@ -12,12 +12,12 @@
 namespace img::processing::KORVEL_VECTORS {
 namespace {
 
+constexpr size_t kCacheLine = 64;
+
 // Copies bytes by whole lines of the cache, and the rest by ordinary stores. Ends without a fence: hwy::FlushStream is
 // to follow the last run.
 inline void StreamRun(const uint8_t* from, uint8_t* to, size_t byteCount) {
-  const hn::ScalableTag<uint8_t> d;
   constexpr size_t kLanes = KORVEL_VECTOR_BYTES;
-  constexpr size_t kCacheLine = 64;
   const size_t misalignment = reinterpret_cast<uintptr_t>(to) % kCacheLine;
   const size_t head = misalignment == 0 ? 0 : kCacheLine - misalignment;
   if (byteCount < head + kCacheLine) {
@@ -28,7 +28,7 @@ inline void StreamRun(const uint8_t* from, uint8_t* to, size_t byteCount) {
   size_t i = head;
   for (; i + kCacheLine <= byteCount; i += kCacheLine) {
     for (size_t part = 0; part < kCacheLine; part += kLanes) {
-      hn::Stream(hn::LoadU(d, from + i + part), d, to + i + part);
+      hn::Stream(hn::LoadU(kBytes, from + i + part), kBytes, to + i + part);
     }
   }
   if (i < byteCount) std::memcpy(to + i, from + i, byteCount - i);

@@ -9,18 +9,14 @@
 #include <cstdint>
 #include <cstring>
 
+#include "processing/block_vectors.h"
 #include "processing/conversion/colour_layout.h"
-#include "processing/vectors.h"
 
 namespace img::processing::KORVEL_VECTORS {
 
-inline constexpr hn::ScalableTag<uint8_t> kBytesTag;
-inline constexpr hn::ScalableTag<uint16_t> kWordsTag;
-inline constexpr hn::ScalableTag<uint32_t> kWords32Tag;
-using Bytes = hn::Vec<hn::ScalableTag<uint8_t>>;
-using Words = hn::Vec<hn::ScalableTag<uint16_t>>;
+inline constexpr hn::ScalableTag<uint32_t> kWords32;
 
-inline void Put(Bytes vector, uint8_t* to) { hn::StoreU(vector, kBytesTag, to); }
+inline void Put(Bytes vector, uint8_t* to) { hn::StoreU(vector, kBytes, to); }
 
 // Writes vectors of which each has results for every block of 16 bytes: in memory their first blocks lie side by side,
 // then their second ones.
@@ -29,26 +25,19 @@ inline void PutBlocks(Bytes a, Bytes b, uint8_t* to) {
     Put(a, to);
     Put(b, to + 16);
   } else {
-    Put(hn::ConcatLowerLower(kBytesTag, b, a), to);
-    Put(hn::ConcatUpperUpper(kBytesTag, b, a), to + 32);
+    Put(hn::ConcatLowerLower(kBytes, b, a), to);
+    Put(hn::ConcatUpperUpper(kBytes, b, a), to + 32);
   }
 }
 
 inline void PutBlocks(Bytes a, Bytes b, Bytes c, uint8_t* to) {
-  if constexpr (KORVEL_VECTOR_BYTES == 16) {
-    Put(a, to);
-    Put(b, to + 16);
-    Put(c, to + 32);
-  } else {
-    Put(hn::ConcatLowerLower(kBytesTag, b, a), to);
-    Put(hn::ConcatUpperLower(kBytesTag, a, c), to + 32);
-    Put(hn::ConcatUpperUpper(kBytesTag, c, b), to + 64);
-  }
+  const ThreeVectors ordered = InOrder(a, b, c);
+  for (size_t i = 0; i < 3; ++i) Put(ordered.at[i], to + i * KORVEL_VECTOR_BYTES);
 }
 
 // Shuffles the bytes of each block of 16: result byte i is byte indices[i], or 0 where that is 0x80.
 inline Bytes Shuffle(Bytes vector, const uint8_t (&indices)[16]) {
-  return hn::TableLookupBytesOr0(vector, hn::LoadDup128(kBytesTag, indices));
+  return hn::TableLookupBytesOr0(vector, hn::LoadDup128(kBytes, indices));
 }
 
 // Three-channel pixels. Of the 48 bytes that a block of 16 makes, each 16 take the first two channels from one vector,
@@ -75,9 +64,9 @@ struct Bytes3Layout {
                                                         11,   0x80, 12, 13,   0x80, 14, 15,   0x80};
     alignas(16) static constexpr uint8_t kThird2[16] = {10,   0x80, 0x80, 11,   0x80, 0x80, 12,   0x80,
                                                         0x80, 13,   0x80, 0x80, 14,   0x80, 0x80, 15};
-    const Bytes low = hn::InterleaveLower(kBytesTag, first, second);
-    const Bytes high = hn::InterleaveUpper(kBytesTag, first, second);
-    const Bytes middle = hn::CombineShiftRightBytes<10>(kBytesTag, high, low);
+    const Bytes low = hn::InterleaveLower(kBytes, first, second);
+    const Bytes high = hn::InterleaveUpper(kBytes, first, second);
+    const Bytes middle = hn::CombineShiftRightBytes<10>(kBytes, high, low);
     PutBlocks(hn::Or(Shuffle(low, kPairs0), Shuffle(third, kThird0)),
               hn::Or(Shuffle(middle, kPairs1), Shuffle(third, kThird1)),
               hn::Or(Shuffle(high, kPairs2), Shuffle(third, kThird2)), to);
@@ -97,8 +86,8 @@ Vector Ordered(Vector channel) {
     return channel;
   } else {
     alignas(32) static constexpr int32_t kOrder[8] = {0, 2, 4, 6, 1, 3, 5, 7};
-    const auto groups = hn::BitCast(kWords32Tag, channel);
-    return hn::BitCast(hn::DFromV<Vector>(), hn::TableLookupLanes(groups, hn::SetTableIndices(kWords32Tag, kOrder)));
+    const auto groups = hn::BitCast(kWords32, channel);
+    return hn::BitCast(hn::DFromV<Vector>(), hn::TableLookupLanes(groups, hn::SetTableIndices(kWords32, kOrder)));
   }
 }
 
@@ -111,14 +100,14 @@ struct Bytes4Layout {
   explicit Bytes4Layout(uint32_t alpha) : alpha_(static_cast<uint8_t>(alpha)) {}
 
   void Store(Bytes first, Bytes second, Bytes third, uint8_t* to) const {
-    const auto words = [](Bytes pairs) { return hn::BitCast(kWordsTag, pairs); };
-    const auto front = [&](Bytes a, Bytes b) { return words(hn::InterleaveLower(kBytesTag, a, b)); };
-    const auto back = [&](Bytes a, Bytes b) { return words(hn::InterleaveUpper(kBytesTag, a, b)); };
+    const auto words = [](Bytes pairs) { return hn::BitCast(kWords, pairs); };
+    const auto front = [&](Bytes a, Bytes b) { return words(hn::InterleaveLower(kBytes, a, b)); };
+    const auto back = [&](Bytes a, Bytes b) { return words(hn::InterleaveUpper(kBytes, a, b)); };
     const auto put = [to](Words a, Words b, size_t at) {
-      Put(hn::BitCast(kBytesTag, hn::InterleaveLower(kWordsTag, a, b)), to + at);
-      Put(hn::BitCast(kBytesTag, hn::InterleaveUpper(kWordsTag, a, b)), to + at + KORVEL_VECTOR_BYTES);
+      Put(hn::BitCast(kBytes, hn::InterleaveLower(kWords, a, b)), to + at);
+      Put(hn::BitCast(kBytes, hn::InterleaveUpper(kWords, a, b)), to + at + KORVEL_VECTOR_BYTES);
     };
-    const Bytes alpha = hn::Set(kBytesTag, alpha_);
+    const Bytes alpha = hn::Set(kBytes, alpha_);
     const Bytes a = Ordered(first);
     const Bytes b = Ordered(second);
     const Bytes c = Ordered(third);
@@ -160,10 +149,10 @@ struct Words3Layout {
                                                         0x80, 0x80, 12,   13,   14, 15, 0x80, 0x80};
     alignas(16) static constexpr uint8_t kThird2[16] = {0x80, 0x80, 10,   11,   0x80, 0x80, 0x80, 0x80,
                                                         12,   13,   0x80, 0x80, 0x80, 0x80, 14,   15};
-    const Bytes low = hn::BitCast(kBytesTag, hn::InterleaveLower(kWordsTag, first, second));
-    const Bytes high = hn::BitCast(kBytesTag, hn::InterleaveUpper(kWordsTag, first, second));
-    const Bytes middle = hn::CombineShiftRightBytes<12>(kBytesTag, high, low);
-    const Bytes single = hn::BitCast(kBytesTag, third);
+    const Bytes low = hn::BitCast(kBytes, hn::InterleaveLower(kWords, first, second));
+    const Bytes high = hn::BitCast(kBytes, hn::InterleaveUpper(kWords, first, second));
+    const Bytes middle = hn::CombineShiftRightBytes<12>(kBytes, high, low);
+    const Bytes single = hn::BitCast(kBytes, third);
     PutBlocks(hn::Or(Shuffle(low, kPairs0), Shuffle(single, kThird0)),
               hn::Or(Shuffle(middle, kPairs1), Shuffle(single, kThird1)),
               hn::Or(Shuffle(high, kPairs2), Shuffle(single, kThird2)), to);
@@ -185,13 +174,13 @@ struct Words4Layout {
   explicit Words4Layout(uint32_t alpha) : alpha_(static_cast<uint16_t>(alpha)) {}
 
   void Store(Words first, Words second, Words third, uint8_t* to) const {
-    const auto front = [](Words a, Words b) { return hn::BitCast(kWords32Tag, hn::InterleaveLower(kWordsTag, a, b)); };
-    const auto back = [](Words a, Words b) { return hn::BitCast(kWords32Tag, hn::InterleaveUpper(kWordsTag, a, b)); };
+    const auto front = [](Words a, Words b) { return hn::BitCast(kWords32, hn::InterleaveLower(kWords, a, b)); };
+    const auto back = [](Words a, Words b) { return hn::BitCast(kWords32, hn::InterleaveUpper(kWords, a, b)); };
     const auto put = [to](auto a, auto b, size_t at) {
-      Put(hn::BitCast(kBytesTag, hn::InterleaveLower(kWords32Tag, a, b)), to + at);
-      Put(hn::BitCast(kBytesTag, hn::InterleaveUpper(kWords32Tag, a, b)), to + at + KORVEL_VECTOR_BYTES);
+      Put(hn::BitCast(kBytes, hn::InterleaveLower(kWords32, a, b)), to + at);
+      Put(hn::BitCast(kBytes, hn::InterleaveUpper(kWords32, a, b)), to + at + KORVEL_VECTOR_BYTES);
     };
-    const Words alpha = hn::Set(kWordsTag, alpha_);
+    const Words alpha = hn::Set(kWords, alpha_);
     const Words a = Ordered(first);
     const Words b = Ordered(second);
     const Words c = Ordered(third);
@@ -222,26 +211,26 @@ struct Word32LayoutOf {
 
   // Both halves of the words are made in 16-bit lanes.
   void Store(Words first, Words second, Words third, uint8_t* to) const {
-    const Words mask = hn::Set(kWordsTag, uint16_t{0x3FF});
+    const Words mask = hn::Set(kWords, uint16_t{0x3FF});
     const Words low = hn::Or(hn::And(first, mask), hn::ShiftLeft<10>(second));
     const Words high = hn::Or(hn::ShiftRight<6>(hn::And(second, mask)), hn::ShiftLeft<4>(hn::And(third, mask)));
     const auto kept = [](Words pixels, [[maybe_unused]] const uint8_t* at) {
-      const Bytes bytes = hn::BitCast(kBytesTag, pixels);
+      const Bytes bytes = hn::BitCast(kBytes, pixels);
       if constexpr (kKeepsUnusedBits) {
-        const Bytes unused = hn::BitCast(kBytesTag, hn::Set(kWords32Tag, kUnusedBits));
-        return hn::Or(bytes, hn::And(hn::LoadU(kBytesTag, at), unused));
+        const Bytes unused = hn::BitCast(kBytes, hn::Set(kWords32, kUnusedBits));
+        return hn::Or(bytes, hn::And(hn::LoadU(kBytes, at), unused));
       } else {
         return bytes;
       }
     };
     if constexpr (KORVEL_VECTOR_BYTES == 16) {
-      Put(kept(hn::InterleaveLower(kWordsTag, low, high), to), to);
-      Put(kept(hn::InterleaveUpper(kWordsTag, low, high), to + 16), to + 16);
+      Put(kept(hn::InterleaveLower(kWords, low, high), to), to);
+      Put(kept(hn::InterleaveUpper(kWords, low, high), to + 16), to + 16);
     } else {
-      const Words a = hn::InterleaveLower(kWordsTag, low, high);
-      const Words b = hn::InterleaveUpper(kWordsTag, low, high);
-      Put(kept(hn::ConcatLowerLower(kWordsTag, b, a), to), to);
-      Put(kept(hn::ConcatUpperUpper(kWordsTag, b, a), to + 32), to + 32);
+      const Words a = hn::InterleaveLower(kWords, low, high);
+      const Words b = hn::InterleaveUpper(kWords, low, high);
+      Put(kept(hn::ConcatLowerLower(kWords, b, a), to), to);
+      Put(kept(hn::ConcatUpperUpper(kWords, b, a), to + 32), to + 32);
     }
   }
 

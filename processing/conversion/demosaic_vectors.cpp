@@ -7,18 +7,15 @@
 
 #include "processing/conversion/colour_vectors-inl.h"
 #include "processing/conversion/walk_columns-inl.h"
+#include "processing/vector_numbers.h"
 
 namespace img::processing::KORVEL_VECTORS {
 namespace {
 
 constexpr hn::ScalableTag<int16_t> kSignedWordsTag;
-constexpr hn::ScalableTag<int32_t> kIntegersTag;
-constexpr hn::ScalableTag<float> kFloatsTag;
 using SignedWords = hn::Vec<hn::ScalableTag<int16_t>>;
-using Integers = hn::Vec<hn::ScalableTag<int32_t>>;
-using Floats = hn::Vec<hn::ScalableTag<float>>;
 
-Words LoadWords(const uint8_t* from) { return hn::BitCast(kWordsTag, hn::LoadU(kBytesTag, from)); }
+Words LoadWords(const uint8_t* from) { return hn::BitCast(kWords, hn::LoadU(kBytes, from)); }
 
 template <class Sample>
 uint32_t LoadOne(const uint8_t* line, size_t x) {
@@ -41,9 +38,9 @@ struct SplitColours {
   Colours<Words> odd;
 };
 
-Words EvenBytes(Words bytes) { return hn::And(bytes, hn::Set(kWordsTag, uint16_t{0xFF})); }
+Words EvenBytes(Words bytes) { return hn::And(bytes, hn::Set(kWords, uint16_t{0xFF})); }
 Words OddBytes(Words bytes) { return hn::ShiftRight<8>(bytes); }
-Bytes Merge(Words even, Words odd) { return hn::BitCast(kBytesTag, hn::Or(even, hn::ShiftLeft<8>(odd))); }
+Bytes Merge(Words even, Words odd) { return hn::BitCast(kBytes, hn::Or(even, hn::ShiftLeft<8>(odd))); }
 
 // kStartsOwn: the vector's first column has the line's own colour.
 template <bool kStartsOwn>
@@ -76,7 +73,7 @@ SplitColours BilinearBytes(const uint8_t* above, const uint8_t* here, const uint
 // The truncated mean of two pairs of words, of which the rounded means and the differing bits are known.
 Words MeanOfPairs(Words meanA, Words differenceA, Words meanB, Words differenceB) {
   const Words inexact = hn::Or(hn::Xor(meanA, meanB), hn::Or(differenceA, differenceB));
-  return hn::Sub(hn::AverageRound(meanA, meanB), hn::And(inexact, hn::Set(kWordsTag, uint16_t{1})));
+  return hn::Sub(hn::AverageRound(meanA, meanB), hn::And(inexact, hn::Set(kWords, uint16_t{1})));
 }
 
 // The same of 16-bit samples. All 16 bits count, so that sums don't fit their lanes; kLowBitsOnly: the upper bits of
@@ -101,7 +98,7 @@ Colours<Words> BilinearWords(const uint8_t* above, const uint8_t* here, const ui
     horizontal = hn::ShiftRight<1>(horizontalSum);
     vertical = hn::ShiftRight<1>(verticalSum);
   } else {
-    const Words one = hn::Set(kWordsTag, uint16_t{1});
+    const Words one = hn::Set(kWords, uint16_t{1});
     const Words horizontalMean = hn::AverageRound(west, east);
     const Words horizontalDifference = hn::Xor(west, east);
     const Words verticalMean = hn::AverageRound(north, south);
@@ -202,15 +199,6 @@ void ConvertBilinear(const BilinearTask& task) {
   Walk(Bilinear<Layout>(task), task.output, task.first, task.last, task.isStreamed);
 }
 
-// Without what Highway adds to the conversion for numbers beyond 32 bits.
-Integers Truncate(Floats values) {
-#if KORVEL_VECTOR_BYTES == 32
-  return Integers{_mm256_cvttps_epi32(values.raw)};
-#else
-  return Integers{_mm_cvttps_epi32(values.raw)};
-#endif
-}
-
 class Luminance {
  public:
   static constexpr size_t kLanes = KORVEL_VECTOR_BYTES;
@@ -229,32 +217,29 @@ class Luminance {
 
   void One(size_t x, uint8_t* to) const {
     const Colours<uint32_t> colours = BilinearOne<uint8_t>(task_, x);
-    const float red = kRed * static_cast<float>(task_.isOwnFirst ? colours.own : colours.other);
-    const float green = kGreen * static_cast<float>(colours.green);
-    const float blue = kBlue * static_cast<float>(task_.isOwnFirst ? colours.other : colours.own);
+    const float red = kRedWeight * static_cast<float>(task_.isOwnFirst ? colours.own : colours.other);
+    const float green = kGreenWeight * static_cast<float>(colours.green);
+    const float blue = kBlueWeight * static_cast<float>(task_.isOwnFirst ? colours.other : colours.own);
     *to = static_cast<uint8_t>((red + green) + blue);
   }
 
  private:
-  static constexpr float kRed = 0.299f;
-  static constexpr float kGreen = 0.587f;
-  static constexpr float kBlue = 0.114f;
-
   static Integers Weigh(Words red, Words green, Words blue) {
     const auto weighed = [](Words channel, float weight) {
-      return hn::Mul(hn::ConvertTo(kFloatsTag, hn::BitCast(kIntegersTag, channel)), hn::Set(kFloatsTag, weight));
+      return hn::Mul(hn::ConvertTo(kFloats, hn::BitCast(kIntegers, channel)), hn::Set(kFloats, weight));
     };
-    return Truncate(hn::Add(hn::Add(weighed(red, kRed), weighed(green, kGreen)), weighed(blue, kBlue)));
+    return Truncated(
+        hn::Add(hn::Add(weighed(red, kRedWeight), weighed(green, kGreenWeight)), weighed(blue, kBlueWeight)));
   }
 
   static Words Weigh(Colours<Words> colours, bool isOwnRed) {
-    const Words zero = hn::Zero(kWordsTag);
+    const Words zero = hn::Zero(kWords);
     const Words red = isOwnRed ? colours.own : colours.other;
     const Words blue = isOwnRed ? colours.other : colours.own;
-    const auto low = [zero](Words words) { return hn::InterleaveLower(kWordsTag, words, zero); };
-    const auto high = [zero](Words words) { return hn::InterleaveUpper(kWordsTag, words, zero); };
-    return hn::BitCast(kWordsTag, hn::ReorderDemote2To(kSignedWordsTag, Weigh(low(red), low(colours.green), low(blue)),
-                                                       Weigh(high(red), high(colours.green), high(blue))));
+    const auto low = [zero](Words words) { return hn::InterleaveLower(kWords, words, zero); };
+    const auto high = [zero](Words words) { return hn::InterleaveUpper(kWords, words, zero); };
+    return hn::BitCast(kWords, hn::ReorderDemote2To(kSignedWordsTag, Weigh(low(red), low(colours.green), low(blue)),
+                                                    Weigh(high(red), high(colours.green), high(blue))));
   }
 
   template <bool kStartsOwn>
@@ -283,7 +268,7 @@ void ConvertLuminance(const BilinearTask& task) {
 
 // Sums of two bytes each, multiplied by a pair of factors: the lower byte of factors goes to the even bytes.
 Words MultiplyPairs(Bytes bytes, uint16_t factors) {
-  const Words pairs = hn::Set(kWordsTag, factors);
+  const Words pairs = hn::Set(kWords, factors);
 #if KORVEL_VECTOR_BYTES == 32
   return Words{_mm256_maddubs_epi16(bytes.raw, pairs.raw)};
 #else
@@ -343,14 +328,14 @@ class Classic {
  private:
   // Three parts of the near line and one of the far line, in even columns or in odd ones.
   static Words EvenColumns(const ClassicTask::Plane& plane, size_t x) {
-    return hn::Add(MultiplyPairs(hn::LoadU(kBytesTag, plane.near + x), 0x0003), EvenBytes(LoadWords(plane.far + x)));
+    return hn::Add(MultiplyPairs(hn::LoadU(kBytes, plane.near + x), 0x0003), EvenBytes(LoadWords(plane.far + x)));
   }
   static Words OddColumns(const ClassicTask::Plane& plane, size_t x) {
-    return hn::Add(MultiplyPairs(hn::LoadU(kBytesTag, plane.near + x), 0x0300), OddBytes(LoadWords(plane.far + x)));
+    return hn::Add(MultiplyPairs(hn::LoadU(kBytes, plane.near + x), 0x0300), OddBytes(LoadWords(plane.far + x)));
   }
 
   static Words Weigh(Words near, Words far) {
-    return hn::ShiftRight<4>(hn::Add(hn::Mul(near, hn::Set(kWordsTag, uint16_t{3})), far));
+    return hn::ShiftRight<4>(hn::Add(hn::Mul(near, hn::Set(kWords, uint16_t{3})), far));
   }
 
   // The plane with samples in the vector's even columns.
@@ -405,7 +390,7 @@ Integers WeighPairs(SignedWords heavyLine, SignedWords lightLine, const PairWeig
 // Exact for sums below 999 * 4096 in every rounding mode, as trying them all shows: single precision holds them, and
 // the factor lies a little above 1 / 999.
 Integers DivideByWeights(Integers sums) {
-  return Truncate(hn::Mul(hn::ConvertTo(kFloatsTag, sums), hn::Set(kFloatsTag, 0x1.06680cp-10f)));
+  return Truncated(hn::Mul(hn::ConvertTo(kFloats, sums), hn::Set(kFloats, 0x1.06680cp-10f)));
 }
 
 template <class Sample>
@@ -424,7 +409,7 @@ class Mono {
     const PairWeights even = startsHeavy ? atHeavy : atLight;
     const PairWeights odd = startsHeavy ? atLight : atHeavy;
     const MonoTask task = task_;
-    const Integers limit = hn::Set(kIntegersTag, static_cast<int32_t>(Limit()));
+    const Integers limit = hn::Set(kIntegers, static_cast<int32_t>(Limit()));
     for (size_t x = begin; x < end; x += kLanes) {
       const uint8_t* const heavyLine = task.heavyLine + x * sizeof(Sample);
       const uint8_t* const lightLine = task.lightLine + x * sizeof(Sample);
@@ -454,32 +439,31 @@ class Mono {
     if constexpr (sizeof(Sample) == 1) {
       // No sum of bytes reaches the limit.
       const auto columns = [](const uint8_t* heavy, const uint8_t* light, const PairWeights& weights) {
-        const Bytes zero = hn::Zero(kBytesTag);
-        const Bytes heavyBytes = hn::LoadU(kBytesTag, heavy);
-        const Bytes lightBytes = hn::LoadU(kBytesTag, light);
+        const Bytes zero = hn::Zero(kBytes);
+        const Bytes heavyBytes = hn::LoadU(kBytes, heavy);
+        const Bytes lightBytes = hn::LoadU(kBytes, light);
         const auto words = [](Bytes bytes) { return hn::BitCast(kSignedWordsTag, bytes); };
-        const Integers low =
-            DivideByWeights(WeighPairs(words(hn::InterleaveLower(kBytesTag, heavyBytes, zero)),
-                                       words(hn::InterleaveLower(kBytesTag, lightBytes, zero)), weights));
+        const Integers low = DivideByWeights(WeighPairs(words(hn::InterleaveLower(kBytes, heavyBytes, zero)),
+                                                        words(hn::InterleaveLower(kBytes, lightBytes, zero)), weights));
         const Integers high =
-            DivideByWeights(WeighPairs(words(hn::InterleaveUpper(kBytesTag, heavyBytes, zero)),
-                                       words(hn::InterleaveUpper(kBytesTag, lightBytes, zero)), weights));
-        return hn::BitCast(kWordsTag, hn::ReorderDemote2To(kSignedWordsTag, low, high));
+            DivideByWeights(WeighPairs(words(hn::InterleaveUpper(kBytes, heavyBytes, zero)),
+                                       words(hn::InterleaveUpper(kBytes, lightBytes, zero)), weights));
+        return hn::BitCast(kWords, hn::ReorderDemote2To(kSignedWordsTag, low, high));
       };
       return Merge(columns(heavyLine, lightLine, even), columns(heavyLine + 1, lightLine + 1, odd));
     } else {
       // The products take signed words: the samples are lowered by half their range, the sums raised again.
       const auto columns = [&](const uint8_t* heavy, const uint8_t* light, const PairWeights& weights) {
         const auto lowered = [](const uint8_t* from) {
-          return hn::BitCast(kSignedWordsTag, hn::Xor(LoadWords(from), hn::Set(kWordsTag, uint16_t{0x8000})));
+          return hn::BitCast(kSignedWordsTag, hn::Xor(LoadWords(from), hn::Set(kWords, uint16_t{0x8000})));
         };
-        const Integers raise = hn::Set(kIntegersTag, kWeights * 0x8000);
+        const Integers raise = hn::Set(kIntegers, kWeights * 0x8000);
         const Integers sums = hn::Add(WeighPairs(lowered(heavy), lowered(light), weights), raise);
         return DivideByWeights(hn::Min(sums, limit));
       };
       const Integers evenValues = columns(heavyLine, lightLine, even);
       const Integers oddValues = columns(heavyLine + 2, lightLine + 2, odd);
-      return hn::BitCast(kBytesTag, hn::Or(evenValues, hn::ShiftLeft<16>(oddValues)));
+      return hn::BitCast(kBytes, hn::Or(evenValues, hn::ShiftLeft<16>(oddValues)));
     }
   }
 

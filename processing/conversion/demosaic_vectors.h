@@ -5,6 +5,7 @@
 // depth. output is the address of the output line's first pixel. Addresses have no alignment.
 #pragma once
 
+#include <bit>
 #include <cstddef>
 #include <cstdint>
 
@@ -57,6 +58,14 @@ struct MonoTask {
   uint32_t maximum;
   bool isStreamed;
 };
+
+// The weights of ITU-R BT.601 in single precision.
+inline constexpr float kRedWeight = 0.299f;
+inline constexpr float kGreenWeight = 0.587f;
+inline constexpr float kBlueWeight = 0.114f;
+static_assert(std::bit_cast<uint32_t>(kRedWeight) == 0x3E991687);
+static_assert(std::bit_cast<uint32_t>(kGreenWeight) == 0x3F1645A2);
+static_assert(std::bit_cast<uint32_t>(kBlueWeight) == 0x3DE978D5);
 
 struct DemosaicKernels {
   void (*bilinear[kColourLayouts])(const BilinearTask& task);  // by ColourLayout

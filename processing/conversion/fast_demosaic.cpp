@@ -1,7 +1,6 @@
 #include "processing/conversion/fast_demosaic.h"
 
 #include <algorithm>
-#include <bit>
 #include <utility>
 
 #include "processing/conversion/bayer_sites.h"
@@ -97,14 +96,6 @@ void MakeColourLine(const FastLine& line) {
     walk(std::false_type{});
   }
 }
-
-// The weights of ITU-R BT.601 in single precision.
-constexpr float kRedWeight = 0.299f;
-constexpr float kGreenWeight = 0.587f;
-constexpr float kBlueWeight = 0.114f;
-static_assert(std::bit_cast<uint32_t>(kRedWeight) == 0x3E991687);
-static_assert(std::bit_cast<uint32_t>(kGreenWeight) == 0x3F1645A2);
-static_assert(std::bit_cast<uint32_t>(kBlueWeight) == 0x3DE978D5);
 
 // Intended: on the edge of a whole number the two may differ by one, and both may fall below the value of an all-equal
 // input.

@@ -1,6 +1,8 @@
 #include "processing/conversion/filter_vectors.h"
 
+#include "processing/conversion/colour_vectors-inl.h"
 #include "processing/conversion/walk_columns-inl.h"
+#include "processing/vector_numbers.h"
 
 namespace img::processing::KORVEL_VECTORS {
 namespace {
@@ -11,7 +13,7 @@ constexpr size_t kPairs = KORVEL_VECTOR_BYTES / sizeof(uint16_t);
 constexpr size_t kColumns = 2 * kPairs;
 static_assert(kColumns <= kFewestFilteredColumns);
 
-Lanes Load(const uint16_t* samples) { return hn::BitCast(kLanesTag, hn::LoadU(kWordsTag, samples)); }
+Lanes Load(const uint16_t* samples) { return hn::BitCast(kLanesTag, hn::LoadU(kWords, samples)); }
 
 // Gives the first column of each vector of a line to split. The last one overlaps the one before, at an even column as
 // well.
@@ -24,9 +26,9 @@ void ForEachSplit(size_t width, Split&& split) {
 
 void SplitBytes(const uint8_t* line, size_t width, uint16_t* even, uint16_t* odd) {
   ForEachSplit(width, [=](size_t x) {
-    const Words pairs = hn::BitCast(kWordsTag, hn::LoadU(kBytesTag, line + x));
-    hn::StoreU(hn::And(pairs, hn::Set(kWordsTag, uint16_t{0xFF})), kWordsTag, even + x / 2);
-    hn::StoreU(hn::ShiftRight<8>(pairs), kWordsTag, odd + x / 2);
+    const Words pairs = hn::BitCast(kWords, hn::LoadU(kBytes, line + x));
+    hn::StoreU(hn::And(pairs, hn::Set(kWords, uint16_t{0xFF})), kWords, even + x / 2);
+    hn::StoreU(hn::ShiftRight<8>(pairs), kWords, odd + x / 2);
   });
   if (width % 2 != 0) even[width / 2] = line[width - 1];
 }
@@ -34,27 +36,28 @@ void SplitBytes(const uint8_t* line, size_t width, uint16_t* even, uint16_t* odd
 // The lower halves of the 32-bit lanes of two vectors, whose upper halves are 0.
 template <class Vector32>
 Words LowerHalves(Vector32 a, Vector32 b) {
+  const Words blocks = LimitedWords(hn::BitCast(kIntegers, a), hn::BitCast(kIntegers, b));
 #if KORVEL_VECTOR_BYTES == 32
-  return Words{_mm256_permute4x64_epi64(_mm256_packus_epi32(a.raw, b.raw), 0xD8)};
+  return Words{_mm256_permute4x64_epi64(blocks.raw, 0xD8)};
 #else
-  return Words{_mm_packus_epi32(a.raw, b.raw)};
+  return blocks;
 #endif
 }
 
 uint32_t SplitWords(const uint8_t* line, size_t width, uint16_t* even, uint16_t* odd) {
-  Words seen = hn::Zero(kWordsTag);
+  Words seen = hn::Zero(kWords);
   ForEachSplit(width, [&](size_t x) {
-    const Bytes front = hn::LoadU(kBytesTag, line + x * sizeof(uint16_t));
-    const Bytes back = hn::LoadU(kBytesTag, line + x * sizeof(uint16_t) + KORVEL_VECTOR_BYTES);
-    seen = hn::Or(seen, hn::BitCast(kWordsTag, hn::Or(front, back)));
-    const auto a = hn::BitCast(kWords32Tag, front);
-    const auto b = hn::BitCast(kWords32Tag, back);
-    const auto mask = hn::Set(kWords32Tag, 0xFFFFu);
-    hn::StoreU(LowerHalves(hn::And(a, mask), hn::And(b, mask)), kWordsTag, even + x / 2);
-    hn::StoreU(LowerHalves(hn::ShiftRight<16>(a), hn::ShiftRight<16>(b)), kWordsTag, odd + x / 2);
+    const Bytes front = hn::LoadU(kBytes, line + x * sizeof(uint16_t));
+    const Bytes back = hn::LoadU(kBytes, line + x * sizeof(uint16_t) + KORVEL_VECTOR_BYTES);
+    seen = hn::Or(seen, hn::BitCast(kWords, hn::Or(front, back)));
+    const auto a = hn::BitCast(kWords32, front);
+    const auto b = hn::BitCast(kWords32, back);
+    const auto mask = hn::Set(kWords32, 0xFFFFu);
+    hn::StoreU(LowerHalves(hn::And(a, mask), hn::And(b, mask)), kWords, even + x / 2);
+    hn::StoreU(LowerHalves(hn::ShiftRight<16>(a), hn::ShiftRight<16>(b)), kWords, odd + x / 2);
   });
   uint16_t lanes[kPairs];
-  hn::StoreU(seen, kWordsTag, lanes);
+  hn::StoreU(seen, kWords, lanes);
   uint32_t bits = 0;
   for (const uint16_t lane : lanes) bits |= lane;
   if (width % 2 != 0) {
@@ -75,7 +78,7 @@ struct MissingColours {
 
 // Half of the value, which isn't negative, rounded up.
 Lanes HalfUp(Lanes value) {
-  return hn::BitCast(kLanesTag, hn::AverageRound(hn::BitCast(kWordsTag, value), hn::Zero(kWordsTag)));
+  return hn::BitCast(kLanesTag, hn::AverageRound(hn::BitCast(kWords, value), hn::Zero(kWords)));
 }
 
 // The five lines at pairs of columns: i counts those whose first column has the line's own colour (kOwnFirst) or whose
@@ -204,14 +207,9 @@ class FilterKernel {
   template <bool kStartsOwn>
   static Bytes Join(Lanes atOwn, Lanes atGreen) {
     alignas(16) static constexpr uint8_t kAlternate[16] = {0, 8, 1, 9, 2, 10, 3, 11, 4, 12, 5, 13, 6, 14, 7, 15};
-    const auto first = kStartsOwn ? atOwn.raw : atGreen.raw;
-    const auto second = kStartsOwn ? atGreen.raw : atOwn.raw;
-#if KORVEL_VECTOR_BYTES == 32
-    const Bytes blocks{_mm256_packus_epi16(first, second)};
-#else
-    const Bytes blocks{_mm_packus_epi16(first, second)};
-#endif
-    return hn::TableLookupBytes(blocks, hn::LoadDup128(kBytesTag, kAlternate));
+    const Words first = hn::BitCast(kWords, kStartsOwn ? atOwn : atGreen);
+    const Words second = hn::BitCast(kWords, kStartsOwn ? atGreen : atOwn);
+    return hn::TableLookupBytes(LimitedBytes(first, second), hn::LoadDup128(kBytes, kAlternate));
   }
 
   struct Columns {
@@ -221,12 +219,12 @@ class FilterKernel {
 
   template <bool kStartsOwn>
   static Columns JoinWords(Lanes atOwn, Lanes atGreen) {
-    const Words first = hn::BitCast(kWordsTag, kStartsOwn ? atOwn : atGreen);
-    const Words second = hn::BitCast(kWordsTag, kStartsOwn ? atGreen : atOwn);
-    const Words lower = hn::InterleaveLower(kWordsTag, first, second);
-    const Words upper = hn::InterleaveUpper(kWordsTag, first, second);
+    const Words first = hn::BitCast(kWords, kStartsOwn ? atOwn : atGreen);
+    const Words second = hn::BitCast(kWords, kStartsOwn ? atGreen : atOwn);
+    const Words lower = hn::InterleaveLower(kWords, first, second);
+    const Words upper = hn::InterleaveUpper(kWords, first, second);
     if constexpr (KORVEL_VECTOR_BYTES == 16) return {lower, upper};
-    return {hn::ConcatLowerLower(kWordsTag, upper, lower), hn::ConcatUpperUpper(kWordsTag, upper, lower)};
+    return {hn::ConcatLowerLower(kWords, upper, lower), hn::ConcatUpperUpper(kWords, upper, lower)};
   }
 
   const FilterTask& task_;

@@ -1,15 +1,10 @@
 #include "processing/conversion/sample_vectors.h"
 
-#include "processing/vectors.h"
+#include "processing/block_vectors.h"
+#include "processing/vector_numbers.h"
 
 namespace img::processing::KORVEL_VECTORS {
 namespace {
-
-using Bytes = hn::ScalableTag<uint8_t>;
-using Words = hn::ScalableTag<uint16_t>;
-using BytesOfBlock = hn::FixedTag<uint8_t, 16>;
-using VBytes = hn::Vec<Bytes>;
-using VWords = hn::Vec<Words>;
 
 constexpr size_t kLanes = KORVEL_VECTOR_BYTES;
 constexpr size_t kWordLanes = kLanes / sizeof(uint16_t);
@@ -29,16 +24,7 @@ HWY_INLINE void StoreVector(V vector, D d, uint8_t* to) {
   }
 }
 
-HWY_INLINE VWords LoadWords(const uint8_t* from) { return hn::BitCast(Words(), hn::LoadU(Bytes(), from)); }
-
-// The low bytes of the words of two vectors, each of which is at most 255, by blocks of 16 bytes.
-HWY_INLINE VBytes PackByBlocks(VWords low, VWords high) {
-#if KORVEL_VECTOR_BYTES == 32
-  return VBytes{_mm256_packus_epi16(low.raw, high.raw)};
-#else
-  return VBytes{_mm_packus_epi16(low.raw, high.raw)};
-#endif
-}
+HWY_INLINE Words LoadWords(const uint8_t* from) { return hn::BitCast(kWords, hn::LoadU(kBytes, from)); }
 
 // Packed layouts. A shuffle puts the two bytes that a sample lies in into a word; a multiplication by a power of two,
 // another for each sample of a group, shifts them to where they belong; a mask drops the neighbours' bits. That leaves
@@ -54,9 +40,7 @@ struct NoAlignment {
   static constexpr uint16_t Factor(size_t i) { return static_cast<uint16_t>(1u << (16 - kBits - i * kBits % 8)); }
   static constexpr uint16_t kMask = static_cast<uint16_t>(0xFFFFu << (16 - kBits));
 
-  HWY_INLINE static VWords ToTop(VWords pairs, VWords factors) {
-    return hn::And(pairs * factors, hn::Set(Words(), kMask));
-  }
+  HWY_INLINE static Words ToTop(Words pairs, Words factors) { return hn::And(pairs * factors, hn::Set(kWords, kMask)); }
 };
 
 // The high eight bits of each sample of a group in a byte of its own, then a byte with the low bits of all.
@@ -72,8 +56,8 @@ struct Mipi {
   }
   static constexpr uint16_t kMask = static_cast<uint8_t>(0xFFu << (8 - kLowBits));
 
-  HWY_INLINE static VWords ToTop(VWords pairs, VWords factors) {
-    return hn::Or(hn::And(pairs, hn::Set(Words(), 0xFF00)), hn::And(pairs * factors, hn::Set(Words(), kMask)));
+  HWY_INLINE static Words ToTop(Words pairs, Words factors) {
+    return hn::Or(hn::And(pairs, hn::Set(kWords, 0xFF00)), hn::And(pairs * factors, hn::Set(kWords, kMask)));
   }
 };
 
@@ -103,53 +87,44 @@ struct Tables {
 template <class Layout>
 constexpr Tables<Layout> kTables{};
 
-// The bytes of two blocks, or of the first where vectors hold one.
-HWY_INLINE VBytes LoadBlocks(const uint8_t* first, [[maybe_unused]] const uint8_t* second) {
-#if KORVEL_VECTOR_BYTES == 32
-  return hn::Combine(Bytes(), hn::LoadU(BytesOfBlock(), second), hn::LoadU(BytesOfBlock(), first));
-#else
-  return hn::LoadU(BytesOfBlock(), first);
-#endif
-}
-
 // Reads a step of a packed layout. The last block is loaded from 16 bytes that end with it, so that none is read beyond
 // the step.
 template <class Layout>
 class PackedStep {
  public:
   PackedStep()
-      : begins_(hn::Load(Bytes(), kTables<Layout>.begins)),
-        lastEnds_(hn::Load(Bytes(), kTables<Layout>.lastEnds)),
-        factors_(hn::Load(Words(), kTables<Layout>.factors)) {}
+      : begins_(hn::Load(kBytes, kTables<Layout>.begins)),
+        lastEnds_(hn::Load(kBytes, kTables<Layout>.lastEnds)),
+        factors_(hn::Load(kWords, kTables<Layout>.factors)) {}
 
-  static constexpr size_t kBytes = kBlocksPerStep * Layout::kBlockBytes;
+  static constexpr size_t kByteCount = kBlocksPerStep * Layout::kBlockBytes;
 
   // The samples of a block, and of that which is `distance` blocks behind it where vectors hold two.
   template <size_t kBlock, size_t kDistance>
-  HWY_INLINE VWords ToTop(const uint8_t* step) const {
+  HWY_INLINE Words ToTop(const uint8_t* step) const {
     constexpr bool kEnds = kBlock + (kBlocksPerVector - 1) * kDistance == kBlocksPerStep - 1;
     constexpr size_t kBack = kEnds ? 16 - Layout::kBlockBytes : 0;
     const uint8_t* const first = step + kBlock * Layout::kBlockBytes;
     const uint8_t* const last = first + (kBlocksPerVector - 1) * kDistance * Layout::kBlockBytes - kBack;
-    const VBytes bytes = LoadBlocks(kBlocksPerVector == 1 ? last : first, last);
-    const VBytes pairs = hn::TableLookupBytes(bytes, kEnds ? lastEnds_ : begins_);
-    return Layout::ToTop(hn::BitCast(Words(), pairs), factors_);
+    const Bytes bytes = LoadBlocks(kBlocksPerVector == 1 ? last : first, last);
+    const Bytes pairs = hn::TableLookupBytes(bytes, kEnds ? lastEnds_ : begins_);
+    return Layout::ToTop(hn::BitCast(kWords, pairs), factors_);
   }
 
  private:
-  VBytes begins_;
-  VBytes lastEnds_;
-  VWords factors_;
+  Bytes begins_;
+  Bytes lastEnds_;
+  Words factors_;
 };
 
 template <class Layout, bool kPastCaches>
 void UnpackToWords(const uint8_t* from, uint8_t* to, size_t stepCount, uint32_t toBits) {
-  const Words d;
+  const auto d = kWords;
   const PackedStep<Layout> step;
   // The high half of the product is the sample at its depth: a shift down by 16 - toBits.
-  const VWords toDepth = hn::Set(d, static_cast<uint16_t>(1u << toBits));
-  for (size_t i = 0; i < stepCount; ++i, from += step.kBytes, to += kSamplesPerStep * sizeof(uint16_t)) {
-    const auto store = [&](size_t vector, VWords atTop)
+  const Words toDepth = hn::Set(d, static_cast<uint16_t>(1u << toBits));
+  for (size_t i = 0; i < stepCount; ++i, from += step.kByteCount, to += kSamplesPerStep * sizeof(uint16_t)) {
+    const auto store = [&](size_t vector, Words atTop)
                            HWY_ATTR { StoreVector<kPastCaches>(hn::MulHigh(atTop, toDepth), d, to + vector * kLanes); };
 #if KORVEL_VECTOR_BYTES == 32
     store(0, step.template ToTop<0, 1>(from));
@@ -166,11 +141,11 @@ void UnpackToWords(const uint8_t* from, uint8_t* to, size_t stepCount, uint32_t 
 // At a depth of 8 the high bytes are the samples.
 template <class Layout, bool kPastCaches>
 void UnpackToBytes(const uint8_t* from, uint8_t* to, size_t stepCount) {
-  const Bytes d;
+  const auto d = kBytes;
   const PackedStep<Layout> step;
-  for (size_t i = 0; i < stepCount; ++i, from += step.kBytes, to += kSamplesPerStep) {
-    const auto store = [&](size_t vector, VWords low, VWords high) HWY_ATTR {
-      StoreVector<kPastCaches>(PackByBlocks(hn::ShiftRight<8>(low), hn::ShiftRight<8>(high)), d, to + vector * kLanes);
+  for (size_t i = 0; i < stepCount; ++i, from += step.kByteCount, to += kSamplesPerStep) {
+    const auto store = [&](size_t vector, Words low, Words high) HWY_ATTR {
+      StoreVector<kPastCaches>(LimitedBytes(hn::ShiftRight<8>(low), hn::ShiftRight<8>(high)), d, to + vector * kLanes);
     };
 #if KORVEL_VECTOR_BYTES == 32
     // Packing goes by blocks, so that every other one sits in the same vector.
@@ -185,16 +160,16 @@ void UnpackToBytes(const uint8_t* from, uint8_t* to, size_t stepCount) {
 template <bool kPastCaches>
 void CopyBytesOf(const uint8_t* from, uint8_t* to, size_t byteCount) {
   for (size_t i = 0; i < byteCount; i += kLanes) {
-    StoreVector<kPastCaches>(hn::LoadU(Bytes(), from + i), Bytes(), to + i);
+    StoreVector<kPastCaches>(hn::LoadU(kBytes, from + i), kBytes, to + i);
   }
 }
 
 template <bool kPastCaches>
 void ShiftBytesToWords(const uint8_t* from, uint8_t* to, size_t stepCount, int left) {
-  const Words d;
-  const hn::Half<Bytes> narrow;
+  const auto d = kWords;
+  const hn::Half<decltype(kBytes)> narrow;
   for (size_t i = 0; i < stepCount * kSamplesPerStep; i += kWordLanes) {
-    const VWords values = hn::PromoteTo(d, hn::LoadU(narrow, from + i));
+    const Words values = hn::PromoteTo(d, hn::LoadU(narrow, from + i));
     StoreVector<kPastCaches>(hn::ShiftLeftSame(values, left), d, to + i * sizeof(uint16_t));
   }
 }
@@ -202,21 +177,21 @@ void ShiftBytesToWords(const uint8_t* from, uint8_t* to, size_t stepCount, int l
 // The low byte of each word shifted down, whatever the word holds.
 template <bool kPastCaches>
 void ShiftWordsToBytes(const uint8_t* from, uint8_t* to, size_t stepCount, int right) {
-  const VWords toHighByte = hn::Set(Words(), static_cast<uint16_t>(1u << (8 - right)));
+  const Words toHighByte = hn::Set(kWords, static_cast<uint16_t>(1u << (8 - right)));
   for (size_t i = 0; i < stepCount * kSamplesPerStep; i += kLanes) {
-    const VWords low = hn::ShiftRight<8>(LoadWords(from + i * sizeof(uint16_t)) * toHighByte);
-    const VWords high = hn::ShiftRight<8>(LoadWords(from + i * sizeof(uint16_t) + kLanes) * toHighByte);
-    VBytes bytes = PackByBlocks(low, high);
+    const Words low = hn::ShiftRight<8>(LoadWords(from + i * sizeof(uint16_t)) * toHighByte);
+    const Words high = hn::ShiftRight<8>(LoadWords(from + i * sizeof(uint16_t) + kLanes) * toHighByte);
+    Bytes bytes = LimitedBytes(low, high);
 #if KORVEL_VECTOR_BYTES == 32
     bytes.raw = _mm256_permute4x64_epi64(bytes.raw, _MM_SHUFFLE(3, 1, 2, 0));
 #endif
-    StoreVector<kPastCaches>(bytes, Bytes(), to + i);
+    StoreVector<kPastCaches>(bytes, kBytes, to + i);
   }
 }
 
 template <bool kPastCaches>
 void ShiftWords(const uint8_t* from, uint8_t* to, size_t stepCount, int left, int right) {
-  const Words d;
+  const auto d = kWords;
   for (size_t i = 0; i < stepCount * kSamplesPerStep * sizeof(uint16_t); i += kLanes) {
     StoreVector<kPastCaches>(hn::ShiftRightSame(hn::ShiftLeftSame(LoadWords(from + i), left), right), d, to + i);
   }
@@ -248,15 +223,15 @@ constexpr ExtensionTables<kSampleBytes, kChannels> kExtensionTables{};
 template <size_t kSampleBytes, size_t kChannels, bool kPastCaches>
 void ExtendSamples(const uint8_t* from, uint8_t* to, size_t stepCount) {
   constexpr const auto& kTables = kExtensionTables<kSampleBytes, kChannels>;
-  const Bytes d;
-  const VBytes opaque = hn::Load(d, kTables.opaque);
+  const auto d = kBytes;
+  const Bytes opaque = hn::Load(d, kTables.opaque);
   const uint8_t* const end = from + stepCount * kSamplesPerStep * kSampleBytes;
   for (; from < end; from += kLanes, to += kChannels * kLanes) {
     for (size_t i = 0; i < kChannels; ++i) {
       const size_t first = i * kBlocksPerVector / kChannels;
       const size_t last = (i * kBlocksPerVector + kBlocksPerVector - 1) / kChannels;
-      const VBytes samples = LoadBlocks(from + first * 16, from + last * 16);
-      VBytes pixels = hn::TableLookupBytesOr0(samples, hn::Load(d, kTables.shuffles[i]));
+      const Bytes samples = LoadBlocks(from + first * 16, from + last * 16);
+      Bytes pixels = hn::TableLookupBytesOr0(samples, hn::Load(d, kTables.shuffles[i]));
       if constexpr (kChannels == 4) pixels = hn::Or(pixels, opaque);
       StoreVector<kPastCaches>(pixels, d, to + i * kLanes);
     }
@@ -283,14 +258,14 @@ template <size_t kSampleBytes, bool kPastCaches, bool kTwice>
 void SwapChannels(const uint8_t* from, uint8_t* to, uint8_t* also, size_t stepCount) {
   constexpr const auto& kMasks = kSwapMasks<kSampleBytes>.channels;
   constexpr size_t kDistance = 2 * kSampleBytes;
-  const Bytes d;
+  const auto d = kBytes;
   for (size_t i = 0; i < stepCount * kSamplesPerStep * 3 * kSampleBytes; i += 3 * kLanes) {
-    VBytes pixels[3];
+    Bytes pixels[3];
     for (size_t k = 0; k < 3; ++k) {
       const uint8_t* const at = from + i + k * kLanes;
-      const VBytes first = hn::And(hn::LoadU(d, at + kDistance), hn::Load(d, kMasks[k][0]));
-      const VBytes second = hn::And(hn::LoadU(d, at), hn::Load(d, kMasks[k][1]));
-      const VBytes third = hn::And(hn::LoadU(d, at - kDistance), hn::Load(d, kMasks[k][2]));
+      const Bytes first = hn::And(hn::LoadU(d, at + kDistance), hn::Load(d, kMasks[k][0]));
+      const Bytes second = hn::And(hn::LoadU(d, at), hn::Load(d, kMasks[k][1]));
+      const Bytes third = hn::And(hn::LoadU(d, at - kDistance), hn::Load(d, kMasks[k][2]));
       pixels[k] = hn::Or(hn::Or(first, second), third);
     }
     for (size_t k = 0; k < 3; ++k) {

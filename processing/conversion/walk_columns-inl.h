@@ -8,7 +8,7 @@
 #include <cstdint>
 #include <cstring>
 
-#include "processing/conversion/colour_vectors-inl.h"
+#include "processing/stream_vectors.h"
 
 namespace img::processing::KORVEL_VECTORS {
 namespace {
@@ -32,12 +32,10 @@ void Convert(const Kernel& kernel, size_t first, size_t last, uint8_t* to) {
   if (end != last) kernel.Vectors(last - kLanes, last, to + (last - kLanes - first) * kPixel);
 }
 
-constexpr size_t kCacheLine = 64;
-
 // Copies whole cache lines past the caches, between addresses at the start of one.
 void StreamLines(const uint8_t* from, uint8_t* to, size_t byteCount) {
   for (size_t i = 0; i < byteCount; i += KORVEL_VECTOR_BYTES) {
-    hn::Stream(hn::Load(kBytesTag, from + i), kBytesTag, to + i);
+    hn::Stream(hn::Load(kBytes, from + i), kBytes, to + i);
   }
 }
 

@@ -3,15 +3,10 @@
 #include <immintrin.h>
 
 #include "processing/block_vectors.h"
+#include "processing/vector_numbers.h"
 
 namespace img::processing::KORVEL_VECTORS {
 namespace {
-
-constexpr hn::ScalableTag<uint16_t> kWordsTag;
-constexpr hn::ScalableTag<int32_t> kIntegersTag;
-constexpr hn::ScalableTag<float> kFloatsTag;
-using Words = hn::Vec<hn::ScalableTag<uint16_t>>;
-using Integers = hn::Vec<hn::ScalableTag<int32_t>>;
 
 // Sums and means of samples, from vectors in which those to be added up are neighbours.
 template <size_t kSample>
@@ -24,9 +19,9 @@ struct Sums<1> {
   explicit Sums(const BinnedLines& lines)
       : isMean(lines.isMean),
         // Exact, since a sum is at most 16 times 255.
-        reciprocal(hn::Set(kWordsTag, static_cast<uint16_t>(65535 / (2 * lines.count) + 1))) {}
+        reciprocal(hn::Set(kWords, static_cast<uint16_t>(65535 / (2 * lines.count) + 1))) {}
 
-  static Vector Zero() { return hn::Zero(kWordsTag); }
+  static Vector Zero() { return hn::Zero(kWords); }
   static Vector OfPairs(Bytes samples) {
 #if KORVEL_VECTOR_BYTES == 32
     return Words{_mm256_maddubs_epi16(samples.raw, _mm256_set1_epi8(1))};
@@ -40,11 +35,7 @@ struct Sums<1> {
       lower = hn::MulHigh(lower, reciprocal);
       upper = hn::MulHigh(upper, reciprocal);
     }
-#if KORVEL_VECTOR_BYTES == 32
-    return Bytes{_mm256_packus_epi16(lower.raw, upper.raw)};
-#else
-    return Bytes{_mm_packus_epi16(lower.raw, upper.raw)};
-#endif
+    return LimitedBytes(lower, upper);
   }
 
   bool isMean;
@@ -57,49 +48,43 @@ struct Sums<2> {
 
   explicit Sums(const BinnedLines& lines)
       : isMean(lines.isMean),
-        divisor(hn::Set(kFloatsTag, static_cast<float>(2 * lines.count))),
-        maximum(hn::Set(kIntegersTag, lines.maximum)) {}
+        divisor(hn::Set(kFloats, static_cast<float>(2 * lines.count))),
+        maximum(hn::Set(kIntegers, lines.maximum)) {}
 
-  static Vector Zero() { return hn::Zero(kIntegersTag); }
+  static Vector Zero() { return hn::Zero(kIntegers); }
   static Vector OfPairs(Bytes samples) {
     const hn::ScalableTag<uint32_t> d;
     const auto pairs = hn::BitCast(d, samples);
-    return hn::BitCast(kIntegersTag, hn::Add(hn::And(pairs, hn::Set(d, 0xFFFF)), hn::ShiftRight<16>(pairs)));
+    return hn::BitCast(kIntegers, hn::Add(hn::And(pairs, hn::Set(d, 0xFFFF)), hn::ShiftRight<16>(pairs)));
   }
 
   Bytes Finish(Vector lower, Vector upper) const {
-    lower = Finish(lower);
-    upper = Finish(upper);
-#if KORVEL_VECTOR_BYTES == 32
-    return Bytes{_mm256_packus_epi32(lower.raw, upper.raw)};
-#else
-    return Bytes{_mm_packus_epi32(lower.raw, upper.raw)};
-#endif
+    return hn::BitCast(kBytes, LimitedWords(Finish(lower), Finish(upper)));
   }
 
   Vector Finish(Vector sums) const {
     if (!isMean) return hn::Min(sums, maximum);
     // Exact, as in plain code.
-    return hn::ConvertTo(kIntegersTag, hn::Div(hn::ConvertTo(kFloatsTag, sums), divisor));
+    return hn::ConvertTo(kIntegers, hn::Div(hn::ConvertTo(kFloats, sums), divisor));
   }
 
   bool isMean;
-  hn::Vec<hn::ScalableTag<float>> divisor;
+  Floats divisor;
   Integers maximum;
 };
 
 // Pairs of groups that are loaded as a block of 16 bytes: groups of three samples fill 12 of them.
 template <size_t kSample, size_t kGroup>
 struct Blocks {
-  static constexpr size_t kBytes = kGroup == 3 ? 12 : 16;
-  static constexpr size_t kOutputGroups = kBytes / kSample / kGroup / 2;
+  static constexpr size_t kByteCount = kGroup == 3 ? 12 : 16;
+  static constexpr size_t kOutputGroups = kByteCount / kSample / kGroup / 2;
 
   constexpr Blocks() {
     for (size_t i = 0; i < 16; ++i) {
       const size_t sum = i / kSample / 2;
       const size_t sample = (sum / kGroup * 2 + i / kSample % 2) * kGroup + sum % kGroup;
-      neighbours[i] = i < kBytes ? static_cast<uint8_t>(sample * kSample + i % kSample) : kNoByte;
-      gathered[i] = i < kBytes ? static_cast<uint8_t>(i / (kBytes / 2) * 8 + i % (kBytes / 2)) : kNoByte;
+      neighbours[i] = i < kByteCount ? static_cast<uint8_t>(sample * kSample + i % kSample) : kNoByte;
+      gathered[i] = i < kByteCount ? static_cast<uint8_t>(i / (kByteCount / 2) * 8 + i % (kByteCount / 2)) : kNoByte;
       // Which bytes aren't alpha, as a mask.
       binned[i] = kGroup == 4 && i / kSample % 4 == 3 ? 0 : 0xFF;
     }
@@ -119,13 +104,12 @@ size_t BinPairs(const BinnedLines& lines) {
   constexpr const Block& kTables = kBlocks<kSample, kGroup>;
   constexpr size_t kPlaces = KORVEL_VECTOR_BYTES / 16;
   constexpr size_t kGroupsPerStep = 2 * kPlaces * Block::kOutputGroups;
-  const Bytes neighbours = hn::LoadDup128(kBytesTag, kTables.neighbours);
-  const Bytes gathered = hn::LoadDup128(kBytesTag, kTables.gathered);
-  const Bytes binned = hn::LoadDup128(kBytesTag, kTables.binned);
-  const Bytes alpha =
-      hn::AndNot(binned, hn::BitCast(kBytesTag, hn::Set(kWordsTag, kSample == 1 ? 0xFFFF : lines.maximum)));
+  const Bytes neighbours = hn::LoadDup128(kBytes, kTables.neighbours);
+  const Bytes gathered = hn::LoadDup128(kBytes, kTables.gathered);
+  const Bytes binned = hn::LoadDup128(kBytes, kTables.binned);
+  const Bytes alpha = hn::AndNot(binned, hn::BitCast(kBytes, hn::Set(kWords, kSample == 1 ? 0xFFFF : lines.maximum)));
   const auto pairSums = [&](const uint8_t* block) {
-    Bytes samples = LoadBlocks(block, block + 2 * Block::kBytes);
+    Bytes samples = LoadBlocks(block, block + 2 * Block::kByteCount);
     if constexpr (kGroup != 1) samples = hn::TableLookupBytesOr0(samples, neighbours);
     return Sum::OfPairs(samples);
   };
@@ -136,17 +120,17 @@ size_t BinPairs(const BinnedLines& lines) {
   for (; done + kGroupsPerStep + kGroupsBeyond <= lines.groupCount; done += kGroupsPerStep) {
     const uint8_t* from = lines.from + done * 2 * kGroup * kSample;
     auto lower = pairSums(from);
-    auto upper = pairSums(from + Block::kBytes);
+    auto upper = pairSums(from + Block::kByteCount);
     for (size_t line = 1; line < lines.count; ++line) {
       from += lines.step;
       lower = hn::Add(lower, pairSums(from));
-      upper = hn::Add(upper, pairSums(from + Block::kBytes));
+      upper = hn::Add(upper, pairSums(from + Block::kByteCount));
     }
     Bytes samples = sum.Finish(lower, upper);
     if constexpr (kGroup == 3) samples = hn::TableLookupBytesOr0(samples, gathered);
     if constexpr (kGroup == 4) samples = hn::Or(hn::And(samples, binned), alpha);
     uint8_t* const to = lines.to + done * kGroup * kSample;
-    StoreBlocks(samples, to, to + Block::kBytes, [](auto block, uint8_t* at) { hn::StoreU(block, kBlockTag, at); });
+    StoreBlocks(samples, to, to + Block::kByteCount, [](auto block, uint8_t* at) { hn::StoreU(block, kBlockTag, at); });
   }
   return done;
 }

@@ -2,7 +2,8 @@
 
 #include <cstring>
 
-#include "processing/correction/vector_numbers.h"
+#include "processing/block_vectors.h"
+#include "processing/vector_numbers.h"
 
 namespace img::processing::KORVEL_VECTORS {
 namespace {
@@ -56,16 +57,6 @@ struct Order {
   Bytes indices;
 };
 
-// Each 16 bytes from an address of their own.
-HWY_INLINE Bytes LoadBlocks(const uint8_t* address, [[maybe_unused]] size_t step) {
-#if KORVEL_VECTOR_BYTES == 32
-  return Bytes{
-      _mm256_loadu2_m128i(reinterpret_cast<const __m128i*>(address + step), reinterpret_cast<const __m128i*>(address))};
-#else
-  return hn::LoadU(kBytes, address);
-#endif
-}
-
 // The lower 12 of each 16 bytes, without gaps.
 HWY_INLINE void StoreTwelves(Bytes bytes, uint8_t* address) {
 #if KORVEL_VECTOR_BYTES == 32
@@ -101,7 +92,7 @@ size_t CorrectTripleBytes(const uint8_t* in, uint8_t* out, size_t count, const f
   const Order pixels({0, 4, 8, 1, 5, 9, 2, 6, 10, 3, 7, 11, none, none, none, none});
   size_t i = 0;
   for (; i + kPixels <= count; i += kPixels) {
-    const Integers bytes = hn::BitCast(kIntegers, LoadBlocks(in + 3 * i, 12));
+    const Integers bytes = hn::BitCast(kIntegers, LoadBlocks(in + 3 * i, in + 3 * i + 12));
     Integers colors[3] = {first.Of(bytes), second.Of(bytes), third.Of(bytes)};
     matrix.Multiply<isLimited>(colors);
     StoreTwelves(pixels.Of(LimitedBytes(colors[0], colors[1], colors[2], colors[2])), out + 3 * i);
@@ -144,8 +135,8 @@ size_t CorrectTripleWords(const uint8_t* in, uint8_t* out, size_t count, const f
   const Order rest2({4, 5, none, none, none, none, 6, 7, none, none, none, none, none, none, none, none});
   size_t i = 0;
   for (; i + kPixels <= count; i += kPixels) {
-    const Integers lower = hn::BitCast(kIntegers, LoadBlocks(in + 6 * i, 24));
-    const Integers upper = hn::BitCast(kIntegers, LoadBlocks(in + 6 * i + 8, 24));
+    const Integers lower = hn::BitCast(kIntegers, LoadBlocks(in + 6 * i, in + 6 * i + 24));
+    const Integers upper = hn::BitCast(kIntegers, LoadBlocks(in + 6 * i + 8, in + 6 * i + 32));
     Integers colors[3] = {hn::Or(firstLower.Of(lower), firstUpper.Of(upper)),
                           hn::Or(secondLower.Of(lower), secondUpper.Of(upper)),
                           hn::Or(thirdLower.Of(lower), thirdUpper.Of(upper))};

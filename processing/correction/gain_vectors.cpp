@@ -1,6 +1,6 @@
 #include "processing/correction/gain_vectors.h"
 
-#include "processing/correction/vector_numbers.h"
+#include "processing/vector_numbers.h"
 
 namespace img::processing::KORVEL_VECTORS {
 namespace {

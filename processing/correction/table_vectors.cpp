@@ -2,7 +2,7 @@
 
 #include <cstring>
 
-#include "processing/correction/vector_numbers.h"
+#include "processing/vector_numbers.h"
 
 namespace img::processing::KORVEL_VECTORS {
 namespace {

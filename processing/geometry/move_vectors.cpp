@@ -46,17 +46,16 @@ template <size_t kPixel>
 class Group<kPixel, 1> {
  public:
   static constexpr size_t kSize = kLanes;
-  static constexpr size_t kStreamingAlignment = kLanes;
 
-  explicit Group(const uint8_t* from) : bytes_(hn::LoadU(kBytesTag, from)) {}
+  explicit Group(const uint8_t* from) : bytes_(hn::LoadU(kBytes, from)) {}
 
-  void StoreReversed(uint8_t* to) const { hn::StoreU(Reversed(), kBytesTag, to); }
-  void StreamReversed(uint8_t* to) const { hn::Stream(Reversed(), kBytesTag, to); }
+  void StoreReversed(uint8_t* to) const { hn::StoreU(Reversed(), kBytes, to); }
+  void StreamReversed(uint8_t* to) const { hn::Stream(Reversed(), kBytes, to); }
 
  private:
   Bytes Reversed() const {
-    const Bytes table = hn::LoadDup128(kBytesTag, kReversingTables<kPixel>.at[0][0]);
-    return hn::TableLookupBytes(hn::ReverseBlocks(kBytesTag, bytes_), table);
+    const Bytes table = hn::LoadDup128(kBytes, kReversingTables<kPixel>.at[0][0]);
+    return hn::TableLookupBytes(hn::ReverseBlocks(kBytes, bytes_), table);
   }
 
   Bytes bytes_;
@@ -66,7 +65,6 @@ template <size_t kPixel>
 class Group<kPixel, 3> {
  public:
   static constexpr size_t kSize = 3 * kLanes;
-  static constexpr size_t kStreamingAlignment = 16;
 
   // The blocks of a vector are those of like place in the halves of the group, the second half first.
   explicit Group(const uint8_t* from)
@@ -75,10 +73,12 @@ class Group<kPixel, 3> {
         last_(LoadBlocks(from + kSecond + 32, from + 32)) {}
 
   void StoreReversed(uint8_t* to) const {
-    ForEachBlock(to, [](auto bytes, uint8_t* at) { hn::StoreU(bytes, kBlockTag, at); });
+    const ThreeVectors reversed = Reversed();
+    for (size_t i = 0; i < 3; ++i) hn::StoreU(reversed.at[i], kBytes, to + i * kLanes);
   }
   void StreamReversed(uint8_t* to) const {
-    ForEachBlock(to, [](auto bytes, uint8_t* at) { hn::Stream(bytes, kBlockTag, at); });
+    const ThreeVectors reversed = Reversed();
+    for (size_t i = 0; i < 3; ++i) hn::Stream(reversed.at[i], kBytes, to + i * kLanes);
   }
 
  private:
@@ -86,15 +86,13 @@ class Group<kPixel, 3> {
 
   template <size_t kTo, size_t kFrom>
   static Bytes Take(Bytes block) {
-    return hn::TableLookupBytesOr0(block, hn::LoadDup128(kBytesTag, kReversingTables<kPixel>.at[kTo][kFrom]));
+    return hn::TableLookupBytesOr0(block, hn::LoadDup128(kBytes, kReversingTables<kPixel>.at[kTo][kFrom]));
   }
 
-  template <class StoreBlock>
-  HWY_INLINE void ForEachBlock(uint8_t* to, const StoreBlock& storeBlock) const {
-    const Bytes blocks[] = {hn::Or(Take<0, 1>(middle_), Take<0, 2>(last_)),
-                            hn::Or(hn::Or(Take<1, 0>(first_), Take<1, 1>(middle_)), Take<1, 2>(last_)),
-                            hn::Or(Take<2, 0>(first_), Take<2, 1>(middle_))};
-    for (size_t i = 0; i < 3; ++i) StoreBlocks(blocks[i], to + 16 * i, to + kSecond + 16 * i, storeBlock);
+  HWY_INLINE ThreeVectors Reversed() const {
+    return InOrder(hn::Or(Take<0, 1>(middle_), Take<0, 2>(last_)),
+                   hn::Or(hn::Or(Take<1, 0>(first_), Take<1, 1>(middle_)), Take<1, 2>(last_)),
+                   hn::Or(Take<2, 0>(first_), Take<2, 1>(middle_)));
   }
 
   Bytes first_;
@@ -120,9 +118,8 @@ void CopyRunReversed(const uint8_t* from, uint8_t* to, size_t byteCount) {
 // group.
 template <size_t kPixel>
 size_t UnalignedEnd(const uint8_t* end) {
-  constexpr size_t kAlignment = Group<kPixel>::kStreamingAlignment;
-  size_t byteCount = reinterpret_cast<uintptr_t>(end) % kAlignment;
-  while (byteCount % kPixel != 0 && byteCount < kAlignment * kPixel) byteCount += kAlignment;
+  size_t byteCount = reinterpret_cast<uintptr_t>(end) % kLanes;
+  while (byteCount % kPixel != 0 && byteCount < kLanes * kPixel) byteCount += kLanes;
   return byteCount;
 }
 
@@ -207,14 +204,14 @@ void SwapRunsReversed(uint8_t* one, uint8_t* other, size_t byteCount) {
 void SwapRuns(uint8_t* one, uint8_t* other, size_t byteCount) {
   size_t i = 0;
   for (; i + 2 * kLanes <= byteCount; i += 2 * kLanes) {
-    const Bytes a = hn::LoadU(kBytesTag, one + i);
-    const Bytes b = hn::LoadU(kBytesTag, one + i + kLanes);
-    const Bytes c = hn::LoadU(kBytesTag, other + i);
-    const Bytes d = hn::LoadU(kBytesTag, other + i + kLanes);
-    hn::StoreU(c, kBytesTag, one + i);
-    hn::StoreU(d, kBytesTag, one + i + kLanes);
-    hn::StoreU(a, kBytesTag, other + i);
-    hn::StoreU(b, kBytesTag, other + i + kLanes);
+    const Bytes a = hn::LoadU(kBytes, one + i);
+    const Bytes b = hn::LoadU(kBytes, one + i + kLanes);
+    const Bytes c = hn::LoadU(kBytes, other + i);
+    const Bytes d = hn::LoadU(kBytes, other + i + kLanes);
+    hn::StoreU(c, kBytes, one + i);
+    hn::StoreU(d, kBytes, one + i + kLanes);
+    hn::StoreU(a, kBytes, other + i);
+    hn::StoreU(b, kBytes, other + i + kLanes);
   }
   for (; i < byteCount; ++i) {
     const uint8_t byte = one[i];
@@ -281,7 +278,7 @@ HWY_INLINE void TransposeSquare(const uint8_t* from, ptrdiff_t fromStep, uint8_t
     for (size_t i = 0; i < kSide; ++i) lines[i] = interleaved[i];
   }
   for (size_t i = 0; i < kSide; ++i) {
-    hn::StoreU(hn::BitCast(kBytesTag, lines[i]), kBytesTag, to + static_cast<ptrdiff_t>(i) * toStep);
+    hn::StoreU(hn::BitCast(kBytes, lines[i]), kBytes, to + static_cast<ptrdiff_t>(i) * toStep);
   }
 }
 
@@ -415,7 +412,6 @@ class Transposer {
 
   // A whole tile of the source. Every line of it lies on another page, so that processors don't foresee it.
   void Prefetch(size_t x, size_t y) const {
-    constexpr size_t kCacheLine = 64;
     if (x + Tile<kPixel>::kWidth > pixels_.width || y + Tile<kPixel>::kHeight > pixels_.height) return;
     for (size_t i = 0; i < Tile<kPixel>::kHeight; ++i) {
       const uint8_t* const line = From(x, y + i);

@@ -8,16 +8,6 @@
 
 namespace img::processing::KORVEL_VECTORS {
 
-inline constexpr hn::ScalableTag<uint8_t> kBytes;
-inline constexpr hn::ScalableTag<uint16_t> kWords;
-inline constexpr hn::ScalableTag<int32_t> kIntegers;
-inline constexpr hn::ScalableTag<float> kFloats;
-
-using Bytes = hn::Vec<decltype(kBytes)>;
-using Words = hn::Vec<decltype(kWords)>;
-using Integers = hn::Vec<decltype(kIntegers)>;
-using Floats = hn::Vec<decltype(kFloats)>;
-
 // What no 32-bit integer can hold, and what is not a number, becomes the lowest integer.
 inline Integers Truncated(Floats values) {
 #if KORVEL_VECTOR_BYTES == 32
