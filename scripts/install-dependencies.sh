@@ -29,6 +29,7 @@ readonly base_packages=(
   binutils:nm
   ccache:ccache
   git:git
+  doxygen:doxygen
   libpng-dev:/png.h
   libjpeg62-turbo-dev:/jpeglib.h
   libcairo2-dev:/cairo/cairo.h

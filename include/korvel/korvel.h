@@ -7,7 +7,6 @@
 
 /**
  * @defgroup korvel_rules Rules that all functions share
- * What is told here isn't repeated in the descriptions of functions.
  *
  * @par Results and failures
  *

@@ -1058,7 +1058,7 @@ class BasicImage : public AnyImage {
   static Returns<BasicImage> Read(std::string_view path) {
     return detail::Make<Policy, BasicImage>(KORVEL_ImageReader_Read, path.data(), path.size());
   }
-  /// Reads a file whose pixels are taken for a format; see KORVEL_ImageReaderRead_ReadAsPixelFormat.
+  /// Reads a file whose pixels are taken for a format; see KORVEL_ImageReaderRead_ReadAsPixelFormat().
   static Returns<BasicImage> ReadAs(std::string_view path, PixelFormat format) {
     return detail::Make<Policy, BasicImage>(KORVEL_ImageReaderRead_ReadAsPixelFormat, path.data(), path.size(),
                                             static_cast<uint32_t>(format));
@@ -1082,7 +1082,7 @@ class BasicImage : public AnyImage {
     return detail::Ask<Policy, const uint8_t*, uint8_t*>(KORVEL_Image_GetData, Get());
   }
 
-  /// Address of the pixel at column x and row y; see KORVEL_Image_GetPixelPointer about packed formats.
+  /// Address of the pixel at column x and row y; see KORVEL_Image_GetPixelPointer() about packed formats.
   Returns<uint8_t*> PixelPointer(size_t x, size_t y) {
     return detail::Ask<Policy, uint8_t*>(KORVEL_Image_GetPixelPointer, Get(), x, y);
   }
@@ -1094,8 +1094,9 @@ class BasicImage : public AnyImage {
   /// A view of the pixels. Sample is uint8_t for formats of 8 bits, uint16_t for unpacked ones of 10 and 12 bits, and
   /// uint32_t for RGB10p32 and BGR10p32.
   ///
-  /// ImageFormatNotSupported  the format's samples are not of this type, as in all streams of bits
-  /// InvalidArgument          the image's memory, which is then the caller's, isn't aligned for them; a Clone is
+  /// @retval ImageFormatNotSupported  the format's samples are not of this type, as in all streams of bits
+  /// @retval InvalidArgument          the image's memory, which is then the caller's, isn't aligned for them; that
+  ///                                  of a Clone is
   template <class Sample>
   Returns<PixelView<Sample>> Pixels() {
     return MakeView<Sample>();
@@ -1125,9 +1126,9 @@ class BasicImage : public AnyImage {
   /// Copies pixels whose lines begin stride bytes apart into this image, of the same format and size, whose lines have
   /// no padding. A line begins on a whole byte and has at most stride bytes.
   ///
-  /// InvalidArgument  buffer is null or, with bufferSize bytes, too small; stride is below the bytes of a line; or the
-  ///                  format is `10g40` or `12g24`, and a line is no whole number of their groups of 4 or 2 pixels; or
-  ///                  the image has no pixels with a meaning
+  /// @retval InvalidArgument  buffer is null or, with bufferSize bytes, too small; stride is below the bytes of a line;
+  ///                          or the format is `10g40` or `12g24`, and a line is no whole number of their groups of 4
+  ///                          or 2 pixels; or the image has no pixels with a meaning
   Returns<void> AssignPaddedLines(const uint8_t* buffer, size_t bufferSize, size_t stride) {
     const Result<void> taken = TakePaddedLines(buffer, bufferSize, stride);
     return taken ? Returns<void>() : Policy::template Fail<void>(taken.Failure());
@@ -1136,7 +1137,8 @@ class BasicImage : public AnyImage {
   /// Copies pixels in an older layout of GigE Vision cameras, without padding, into this image, of the same size and of
   /// the format that TargetFormat tells; for loops over frames.
   ///
-  /// InvalidArgument  buffer is null or, with bufferSize bytes, below LegacyByteCount; or the image has another format
+  /// @retval InvalidArgument  buffer is null or, with bufferSize bytes, below LegacyByteCount; or the image has another
+  ///                          format
   Returns<void> AssignLegacyPacked(LegacyPixelFormat format, const uint8_t* buffer, size_t bufferSize) {
     const Result<void> taken = TakeLegacyPacked(format, buffer, bufferSize);
     return taken ? Returns<void>() : Policy::template Fail<void>(taken.Failure());
