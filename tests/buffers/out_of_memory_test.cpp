@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <array>
 #include <cstdlib>
+#include <cstring>
 #include <filesystem>
 #include <new>
 #include <numeric>
@@ -22,12 +23,15 @@
 
 namespace {
 
+// What new memory holds, so that nothing is taken for zero that nobody has set.
+constexpr int kUnset = 0xA5;
+
 // The allocation of this thread that fails, counted down; negative for none.
 thread_local long allocationsUntilFailure = -1;
 
 void* AllocateOrFail(std::size_t size) {
   if (allocationsUntilFailure >= 0 && allocationsUntilFailure-- == 0) throw std::bad_alloc();
-  if (void* const memory = std::malloc(size == 0 ? 1 : size)) return memory;
+  if (void* const memory = std::malloc(size == 0 ? 1 : size)) return std::memset(memory, kUnset, size);
   throw std::bad_alloc();
 }
 
@@ -181,6 +185,38 @@ TEST(ImageTransformer, LeavesAnImageAsItWasWhenMemoryRunsOut) {
     }
     EXPECT_EQ(KORVEL_ImageTransformer_Destruct(transformer), 0u);
   }
+}
+
+// A conversion that writes every byte takes memory as it comes. Should it fail in between, the next one, which may leave
+// pixels as they are, finds zeros there all the same.
+TEST(ImageConverter, ShowsNoUnsetMemoryAfterAConversionThatRanOutOfIt) {
+  constexpr uint32_t kOutput = KORVEL_PIXEL_FORMAT_BGRa8;
+  KORVEL_IMAGE_HANDLE square = nullptr;
+  KORVEL_IMAGE_HANDLE line = nullptr;  // of as many pixels, too low to be converted
+  ASSERT_EQ(KORVEL_Image_Construct(KORVEL_PIXEL_FORMAT_BayerRG8, 8, 8, &square), 0u);
+  ASSERT_EQ(KORVEL_Image_Construct(KORVEL_PIXEL_FORMAT_BayerRG8, 64, 1, &line), 0u);
+  long failures = 0;
+  for (bool isFailing = true; isFailing; failures += isFailing ? 1 : 0) {
+    ASSERT_LT(failures, 1000);
+    SCOPED_TRACE(failures);
+    KORVEL_IMAGE_CONVERTER_HANDLE converter = nullptr;
+    ASSERT_EQ(KORVEL_ImageConverter_Construct(&converter), 0u);
+    KORVEL_IMAGE_HANDLE output = nullptr;
+    allocationsUntilFailure = failures;
+    isFailing = KORVEL_ImageConverter_Convert(converter, square, kOutput, &output) != KORVEL_RETURN_CODE_Success;
+    allocationsUntilFailure = -1;
+    if (isFailing) {
+      ASSERT_EQ(KORVEL_ImageConverter_Convert(converter, line, kOutput, &output), 0u);
+      uint8_t* pixels = nullptr;
+      ASSERT_EQ(KORVEL_Image_GetData(output, &pixels), 0u);
+      EXPECT_EQ(std::count(pixels, pixels + 256, uint8_t{0}), 256);
+    }
+    EXPECT_EQ(KORVEL_Image_Destruct(output), 0u);
+    EXPECT_EQ(KORVEL_ImageConverter_Destruct(converter), 0u);
+  }
+  EXPECT_GE(failures, 3);
+  EXPECT_EQ(KORVEL_Image_Destruct(square), 0u);
+  EXPECT_EQ(KORVEL_Image_Destruct(line), 0u);
 }
 
 // No call leaves a file open, and what a recording has written is whole when it is closed.
