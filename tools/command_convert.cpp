@@ -98,8 +98,8 @@ void AddConvertCommand(CLI::App& app) {
       ->type_name("OUT");
   command->add_option("-o,--output-folder", arguments->output_folder, "Where to write; it is made if it does not exist")
       ->type_name("FOLDER");
-  command->add_option("--as", arguments->ending, "Type of the files in FOLDER: png, bmp, jpg, jpeg, raw or bin (png)")
-      ->type_name("ENDING");
+  command->add_option("--as", arguments->ending, "Type of the files in FOLDER (png)")
+      ->type_name("png|bmp|jpg|jpeg|raw|bin");
   AddInputOptions(*command, arguments->input);
   AddPictureOptions(*command, arguments->picture);
   command->footer(

@@ -141,7 +141,7 @@ void AddCorrectCommand(CLI::App& app) {
   const auto arguments = std::make_shared<CorrectArguments>();
   AddTransformOptions(*command, arguments->files);
   command->add_option("--hot-pixels", arguments->hot_pixels, "Replace hot pixels; 1 finds the fewest, 5 the most")
-      ->type_name("LEVEL");
+      ->type_name("1..5");
   command
       ->add_option("--gain", arguments->gain,
                    "Gain of all colours, and those of each, 1 to 8: 1.5 or 1.0,1.95,1.0,1.34")

@@ -121,7 +121,7 @@ void AddHotPixelsCommand(CLI::App& app) {
   command->add_option("IN", arguments->input, "File to look at, of a mono or Bayer format")
       ->required()
       ->type_name("FILE");
-  command->add_option("--level", arguments->level, "1 finds the fewest, 5 the most (3)")->type_name("LEVEL");
+  command->add_option("--level", arguments->level, "1 finds the fewest, 5 the most (3)")->type_name("1..5");
   command->add_flag("--json", arguments->as_json, "Print an array of objects in JSON");
   command->add_option("-o,--output", arguments->output, "Picture to write, with a ring around each hot pixel")
       ->type_name("FILE");

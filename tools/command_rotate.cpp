@@ -41,9 +41,9 @@ void AddRotateCommand(CLI::App& app) {
   CLI::App* command = app.add_subcommand("rotate", "Rotate an image by quarter turns");
   const auto arguments = std::make_shared<RotateArguments>();
   AddTransformOptions(*command, arguments->files);
-  command->add_option("--angle", arguments->angle, "90 (counter-clockwise), 180 or 270 (a quarter turn clockwise)")
+  command->add_option("--angle", arguments->angle, "Degrees counter-clockwise; 270 is a quarter turn clockwise")
       ->required()
-      ->type_name("DEGREES");
+      ->type_name("90|180|270");
   command->footer(std::string("Pixels are moved as they are. A Bayer image becomes one of the format that fits its new "
                               "top left corner.\n"
                               "\n") +

@@ -36,8 +36,7 @@ std::string OutputFormats(const ImageConverter& converter, const NamedFormat& in
 void AddPictureOptions(CLI::App& command, PictureOptions& options) {
   command.add_option("--to", options.to, "Pixel format of OUT (that of the image where the file type takes it)")
       ->type_name("FORMAT");
-  command.add_option("--mode", options.mode, "How Bayer images become colour: fast, hq or classic (fast)")
-      ->type_name("MODE");
+  command.add_option("--mode", options.mode, "How Bayer images become colour (fast)")->type_name("fast|hq|classic");
   command
       .add_option("--quality", options.quality,
                   "JPEG: 0 smallest to 100 best (75); PNG: 10 smallest to 100 fastest, the same picture (100)")

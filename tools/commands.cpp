@@ -1,10 +1,7 @@
-// The korvel command: the library from a shell, through its exported functions alone.
+#include "commands.h"
 
-#include <CLI/CLI.hpp>
 #include <cstdint>
-#include <exception>
-#include <iostream>
-#include <new>
+#include <memory>
 #include <string>
 
 #include "command_bin.h"
@@ -21,13 +18,9 @@
 #include "command_simulate.h"
 #include "korvel/korvel.h"
 #include "library_error.h"
-#include "tool_error.h"
 
 namespace korvel::tools {
 namespace {
-
-constexpr int kFailure = 1;
-constexpr int kWrongUse = 2;
 
 std::string LibraryVersion() {
   uint32_t major = 0;
@@ -40,9 +33,12 @@ std::string LibraryVersion() {
   return "korvel " + std::to_string(major) + "." + std::to_string(minor) + "." + std::to_string(subminor);
 }
 
-int Run(int argc, char** argv) {
-  CLI::App app("Looks at camera frames and image files with libkorvel.", "korvel");
-  app.require_subcommand(0, 1);  // that one is needed is tested below, so that a mistyped one is told by its name
+}  // namespace
+
+std::unique_ptr<CLI::App> MakeCommands() {
+  auto commands = std::make_unique<CLI::App>("Looks at camera frames and image files with libkorvel.", "korvel");
+  CLI::App& app = *commands;
+  app.require_subcommand(0, 1);  // that one is needed is tested later, so that a mistyped one is told by its name
   app.set_version_flag("--version", LibraryVersion);
   app.footer(
       "Examples:\n"
@@ -66,33 +62,7 @@ int Run(int argc, char** argv) {
   AddHistogramCommand(app);
   AddLineCommand(app);
   AddHotPixelsCommand(app);
-
-  try {
-    app.parse(argc, argv);
-    if (app.get_subcommands().empty()) throw CLI::RequiredError("A command");
-  } catch (const CLI::ParseError& error) {
-    // Asking for help is not a failure, and neither here nor there does a code of the parser's own mean anything.
-    return app.exit(error) == 0 ? 0 : kWrongUse;
-  }
-  if (!std::cout.flush()) {
-    throw ToolError("cannot write to the standard output", "Check what it is connected to, and the space there.");
-  }
-  return 0;
+  return commands;
 }
 
-}  // namespace
 }  // namespace korvel::tools
-
-int main(int argc, char** argv) {
-  using korvel::tools::kFailure;
-  try {
-    return korvel::tools::Run(argc, argv);
-  } catch (const korvel::tools::ToolError& error) {
-    korvel::tools::PrintError(error);
-  } catch (const std::bad_alloc&) {
-    std::cerr << "korvel: not enough memory\n  Check --size, or use a machine with more memory.\n";
-  } catch (const std::exception& error) {
-    std::cerr << "korvel: " << error.what() << "\n  This was not foreseen; please report it with the command line.\n";
-  }
-  return kFailure;
-}
