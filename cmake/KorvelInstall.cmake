@@ -1,5 +1,5 @@
 # What an installation has, in components: runtime (the library), development (header, CMake package, pkg-config),
-# tools (the korvel command) and documentation.
+# tools (the korvel command, its manual and completions) and documentation.
 
 include(GNUInstallDirs)
 include(CMakePackageConfigHelpers)
@@ -35,6 +35,15 @@ if(KORVEL_BUILD_TOOLS)
   file(RELATIVE_PATH korvel_lib_from_bin "/prefix/${CMAKE_INSTALL_BINDIR}" "/prefix/${CMAKE_INSTALL_LIBDIR}")
   set_target_properties(korvel-tool PROPERTIES INSTALL_RPATH "$ORIGIN/${korvel_lib_from_bin}")
   install(TARGETS korvel-tool DESTINATION "${CMAKE_INSTALL_BINDIR}" COMPONENT tools)
+  if(TARGET korvel-manual)
+    install(FILES "${korvel_manual_dir}/man/korvel.1" DESTINATION "${CMAKE_INSTALL_MANDIR}/man1" COMPONENT tools)
+    install(FILES "${korvel_manual_dir}/bash/korvel" COMPONENT tools
+            DESTINATION "${CMAKE_INSTALL_DATADIR}/bash-completion/completions")
+    install(FILES "${korvel_manual_dir}/zsh/_korvel" COMPONENT tools
+            DESTINATION "${CMAKE_INSTALL_DATADIR}/zsh/site-functions")
+    install(FILES "${korvel_manual_dir}/fish/korvel.fish" COMPONENT tools
+            DESTINATION "${CMAKE_INSTALL_DATADIR}/fish/vendor_completions.d")
+  endif()
 endif()
 
 install(FILES README.md CHANGELOG.md DESTINATION "${CMAKE_INSTALL_DOCDIR}" COMPONENT documentation)

@@ -46,6 +46,11 @@ readonly base_packages=(
   ffmpeg:ffmpeg
   libaravis-dev:/aravis-0.8/arv.h
   libusb-1.0-0-dev:/libusb-1.0/libusb.h
+  man-db:man
+  zsh:zsh
+  fish:fish
+  lintian:lintian
+  dpkg-dev:dpkg-shlibdeps
 )
 readonly all_packages=(
   clang:clang++
