@@ -1,6 +1,10 @@
 # What an installation has, in components: runtime (the library), development (header, CMake package, pkg-config),
 # tools (the korvel command, its manual and completions) and documentation.
 
+# Debian's folder for libraries of a machine, below any prefix, so that each build tree can be packed.
+if(PROJECT_IS_TOP_LEVEL AND EXISTS /etc/debian_version AND CMAKE_LIBRARY_ARCHITECTURE)
+  set(CMAKE_INSTALL_LIBDIR "lib/${CMAKE_LIBRARY_ARCHITECTURE}" CACHE PATH "Folder of libraries, below the prefix")
+endif()
 include(GNUInstallDirs)
 include(CMakePackageConfigHelpers)
 if(IS_ABSOLUTE "${CMAKE_INSTALL_LIBDIR}" OR IS_ABSOLUTE "${CMAKE_INSTALL_INCLUDEDIR}")
@@ -53,3 +57,4 @@ if(KORVEL_BUILD_DOCUMENTATION)
   install(DIRECTORY "${CMAKE_CURRENT_BINARY_DIR}/docs/html" DESTINATION "${CMAKE_INSTALL_DOCDIR}"
           COMPONENT documentation)
 endif()
+install(DIRECTORY examples DESTINATION "${CMAKE_INSTALL_DOCDIR}" COMPONENT documentation)

@@ -51,6 +51,7 @@ readonly base_packages=(
   fish:fish
   lintian:lintian
   dpkg-dev:dpkg-shlibdeps
+  file:file
 )
 readonly all_packages=(
   clang:clang++
