@@ -27,6 +27,8 @@ readonly base_packages=(
   make:make
   pkg-config:pkg-config
   binutils:nm
+  abigail-tools:abidiff
+  qemu-user:qemu-x86_64
   ccache:ccache
   git:git
   doxygen:doxygen
