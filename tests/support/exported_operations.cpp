@@ -10,9 +10,7 @@
 #include <vector>
 
 namespace korvel_test {
-namespace {
 
-// Empty if both agree in every bit that the model gave a value.
 std::string Difference(const ModelImage& expected, const Bytes& actual) {
   if (actual.size() != expected.bytes.size()) {
     return std::to_string(actual.size()) + " bytes instead of " + std::to_string(expected.bytes.size());
@@ -26,8 +24,6 @@ std::string Difference(const ModelImage& expected, const Bytes& actual) {
   return "";
 }
 
-}  // namespace
-
 OddImage::OddImage(const ModelImage& content)
     : byteCount_(content.bytes.size()),
       tail_(byteCount_ % 2 == 0 ? 1 : 2),
@@ -35,12 +31,12 @@ OddImage::OddImage(const ModelImage& content)
       image_(MakeHandle(content)) {}
 
 KORVEL_IMAGE_HANDLE OddImage::MakeHandle(const ModelImage& content) const {
-  EXPECT_EQ(reinterpret_cast<uintptr_t>(First()) % 2, 1u);
+  EXPECT_EQ(reinterpret_cast<uintptr_t>(Data()) % 2, 1u);
   std::memset(memory_.Data(), kMark, kMargin + byteCount_ + tail_);
-  std::copy(content.bytes.begin(), content.bytes.end(), First());
+  std::copy(content.bytes.begin(), content.bytes.end(), Data());
   KORVEL_IMAGE_HANDLE handle = nullptr;
   EXPECT_EQ(
-      KORVEL_Image_ConstructFromBuffer(content.format, First(), byteCount_, content.width, content.height, &handle), 0u)
+      KORVEL_Image_ConstructFromBuffer(content.format, Data(), byteCount_, content.width, content.height, &handle), 0u)
       << ReadLastError();
   return handle;
 }
@@ -49,7 +45,7 @@ bool OddImage::IsMarkedOutside() const {
   const auto areMarked = [](const uint8_t* first, const uint8_t* end) {
     return std::all_of(first, end, [](uint8_t byte) { return byte == kMark; });
   };
-  return areMarked(memory_.Data(), First()) && areMarked(First() + byteCount_, First() + byteCount_ + tail_);
+  return areMarked(memory_.Data(), Data()) && areMarked(Data() + byteCount_, Data() + byteCount_ + tail_);
 }
 
 void ExpectNewImage(const ModelImage& input, const ModelImage& expected, const MakesImage& call) {

@@ -21,14 +21,14 @@ class OddImage {
   explicit OddImage(const ModelImage& content);
 
   KORVEL_IMAGE_HANDLE Handle() const { return image_.Handle(); }
-  Bytes Content() const { return Bytes(First(), First() + byteCount_); }
+  Bytes Content() const { return Bytes(Data(), Data() + byteCount_); }
+  uint8_t* Data() const { return memory_.Data() + kMargin; }
   bool IsMarkedOutside() const;
 
  private:
   static constexpr size_t kMargin = 64;
   static constexpr uint8_t kMark = 0xA5;
 
-  uint8_t* First() const { return memory_.Data() + kMargin; }
   KORVEL_IMAGE_HANDLE MakeHandle(const ModelImage& content) const;
 
   size_t byteCount_;
@@ -36,6 +36,9 @@ class OddImage {
   CallersMemory memory_;
   ExportedImage image_;
 };
+
+// Empty if both agree in every bit that the model gave a value.
+std::string Difference(const ModelImage& expected, const Bytes& actual);
 
 using MakesImage = std::function<KORVEL_RETURN_CODE(KORVEL_IMAGE_HANDLE, KORVEL_IMAGE_HANDLE*)>;
 using ChangesImage = std::function<KORVEL_RETURN_CODE(KORVEL_IMAGE_HANDLE)>;
