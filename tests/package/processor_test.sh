@@ -13,7 +13,7 @@ lib=$(dirname "$(find "$work" -name 'libkorvel.so.?')")
 readonly lib
 
 fail() {
-  echo "processors_test: $*" >&2
+  echo "processor_test: $*" >&2
   exit 1
 }
 
