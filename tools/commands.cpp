@@ -11,6 +11,7 @@
 #include "command_histogram.h"
 #include "command_hot_pixels.h"
 #include "command_info.h"
+#include "command_inspect.h"
 #include "command_line.h"
 #include "command_mirror.h"
 #include "command_record.h"
@@ -44,6 +45,7 @@ std::unique_ptr<CLI::App> MakeCommands() {
       "Examples:\n"
       "  korvel formats\n"
       "  korvel info picture.png\n"
+      "  korvel inspect dump.bin --size 640x480\n"
       "  korvel convert frame.bin frame.png --format BayerRG12p --size 2592x1536\n"
       "  korvel simulate scene.png --format RGB8 --size 1920x1080\n"
       "  korvel record video.avi --frames 50\n"
@@ -52,6 +54,7 @@ std::unique_ptr<CLI::App> MakeCommands() {
       "'korvel COMMAND --help' tells more.");
   AddFormatsCommand(app);
   AddInfoCommand(app);
+  AddInspectCommand(app);
   AddConvertCommand(app);
   AddSimulateCommand(app);
   AddRecordCommand(app);

@@ -100,4 +100,12 @@ KORVEL_CONVERSION_MODE ParseMode(std::string_view text) {
   throw ToolError("--mode: there is no mode " + Quoted(text), "The modes are fast, hq and classic.");
 }
 
+std::string ShellWord(std::string_view text) {
+  constexpr std::string_view kPlain = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789_./-+:,@%";
+  if (!text.empty() && text.find_first_not_of(kPlain) == std::string_view::npos) return std::string(text);
+  std::string word = "'";
+  for (const char c : text) word += c == '\'' ? "'\\''" : std::string(1, c);
+  return word + "'";
+}
+
 }  // namespace korvel::tools

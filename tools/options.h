@@ -4,6 +4,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <optional>
+#include <string>
 #include <string_view>
 #include <vector>
 
@@ -39,5 +40,8 @@ uint32_t ParseHotPixelLevel(std::string_view option, std::string_view text);
 
 // "fast", "hq" or "classic". Throws ToolError.
 KORVEL_CONVERSION_MODE ParseMode(std::string_view text);
+
+// A text as one word of a shell's command, for commands that are printed.
+std::string ShellWord(std::string_view text);
 
 }  // namespace korvel::tools
