@@ -3,6 +3,7 @@
 #pragma once
 
 #include <cstdint>
+#include <limits>
 
 #include "avi/four_cc.h"
 #include "core/fixed_layout.h"
@@ -17,6 +18,9 @@ struct ChunkHead {
 
 inline constexpr auto kChunkHeadLayout =
     img::MakeFixedLayout<8>(img::Field{0, &ChunkHead::id}, img::Field{4, &ChunkHead::size});
+
+// Of the form that a file is, without its head: headers, frames and index. It is what ends the longest recordings.
+inline constexpr uint64_t kLargestForm = std::numeric_limits<uint32_t>::max();
 
 // Of the whole file, "avih".
 struct MainHeader {
@@ -124,5 +128,9 @@ struct IndexEntry {
 inline constexpr auto kIndexEntryLayout =
     img::MakeFixedLayout<16>(img::Field{0, &IndexEntry::id}, img::Field{4, &IndexEntry::flags},
                              img::Field{8, &IndexEntry::offset}, img::Field{12, &IndexEntry::size});
+
+// What a frame takes of a file beside its own bytes, at most: its chunk's head, its padding and its place in the index.
+inline constexpr uint64_t kMostBytesBesideFrame =
+    decltype(kChunkHeadLayout)::kByteCount + 1 + decltype(kIndexEntryLayout)::kByteCount;
 
 }  // namespace avi

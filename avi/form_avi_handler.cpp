@@ -1,7 +1,6 @@
 #include "avi/form_avi_handler.h"
 
 #include <algorithm>
-#include <limits>
 #include <utility>
 
 namespace avi {
@@ -10,7 +9,6 @@ namespace {
 constexpr uint64_t kHeadByteCount = decltype(kChunkHeadLayout)::kByteCount;
 constexpr uint32_t kTypeByteCount = 4;
 constexpr uint32_t kIndexEntryByteCount = static_cast<uint32_t>(decltype(kIndexEntryLayout)::kByteCount);
-constexpr uint64_t kLargestSize = std::numeric_limits<uint32_t>::max();
 
 // How often frame counts go up to the main header.
 constexpr uint64_t kFramesBetweenFixUps = 126;
@@ -57,17 +55,6 @@ std::vector<uint8_t> DefaultStreamFormat(size_t stream) {
   }
 }
 
-// "00dc" for the frames of video stream 0.
-uint32_t FrameChunkId(size_t stream, uint32_t streamType) {
-  const char* kind = "db";
-  if (streamType == kVids) kind = "dc";
-  if (streamType == kAuds) kind = "wb";
-  if (streamType == kTxts) kind = "xx";
-  const char text[5] = {static_cast<char>('0' + stream / 10), static_cast<char>('0' + stream % 10), kind[0], kind[1],
-                        '\0'};
-  return FourCc(text);
-}
-
 // The stream that a chunk's id names; nothing for an id that isn't a frame's.
 std::optional<size_t> StreamOfId(uint32_t id) {
   const uint32_t tens = (id & 0xFF) - '0';
@@ -100,7 +87,23 @@ void EncodeData(const Layout& layout, const Record& record, std::vector<uint8_t>
   std::copy(bytes.begin(), bytes.end(), data.begin());
 }
 
+uint32_t TypeOf(const std::array<uint8_t, kTypeByteCount>& bytes) {
+  uint32_t type = 0;
+  for (size_t i = 0; i < kTypeByteCount; ++i) type |= uint32_t{bytes.at(i)} << (8 * i);
+  return type;
+}
+
 }  // namespace
+
+uint32_t FORMaviHandler::FrameChunkId(size_t stream, uint32_t streamType) {
+  const char* kind = "db";
+  if (streamType == kVids) kind = "dc";
+  if (streamType == kAuds) kind = "wb";
+  if (streamType == kTxts) kind = "xx";
+  const char text[5] = {static_cast<char>('0' + stream / 10), static_cast<char>('0' + stream % 10), kind[0], kind[1],
+                        '\0'};
+  return FourCc(text);
+}
 
 QAVIError FORMaviHandler::BuildTree(size_t streams) {
   if (streams < 1 || streams > kMostStreams) return QAVIError::NoSuchStream;
@@ -170,19 +173,16 @@ void FORMaviHandler::NoteChunk(RIFFchunk& chunk) {
 
 bool FORMaviHandler::ReadTree(const CFile64& file) {
   FreeTree();
-  std::array<uint8_t, kHeadByteCount + kTypeByteCount> bytes;
-  if (!file.ReadAt(0, bytes)) return false;
-  decltype(kChunkHeadLayout)::Bytes headBytes;
-  std::copy_n(bytes.begin(), headBytes.size(), headBytes.begin());
-  const ChunkHead head = kChunkHeadLayout.Decode(headBytes);
-  uint32_t type = 0;
-  for (size_t i = 0; i < kTypeByteCount; ++i) type |= uint32_t{bytes.at(kHeadByteCount + i)} << (8 * i);
+  decltype(kChunkHeadLayout)::Bytes bytes;
+  std::array<uint8_t, kTypeByteCount> type;
+  if (!file.ReadAt(0, bytes) || !file.ReadAt(kHeadByteCount, type)) return false;
+  const ChunkHead head = kChunkHeadLayout.Decode(bytes);
   const uint64_t end = kHeadByteCount + head.size;
-  if (head.id != kRiff || type != kAvi || head.size < kTypeByteCount || end > file.Size()) return false;
+  if (head.id != kRiff || TypeOf(type) != kAvi || head.size < kTypeByteCount || end > file.Size()) return false;
 
   root_ = std::make_unique<RIFFchunk>(kRiff, kAvi);
   root_->size = head.size;
-  if (!ReadChildren(file, *root_, bytes.size(), end) || movi_ == nullptr) {
+  if (!ReadChildren(file, *root_, kHeadByteCount + kTypeByteCount, end) || movi_ == nullptr) {
     FreeTree();
     return false;
   }
@@ -190,6 +190,61 @@ bool FORMaviHandler::ReadTree(const CFile64& file) {
   pendingOffset_ = static_cast<uint32_t>(movi_->Length() - kHeadByteCount);
   return true;
 }
+
+bool FORMaviHandler::ReadUnfinishedTree(const CFile64& file) {
+  if (BuildTree(1) == QAVIError::Success && ReadUnfinishedChunk(file, *root_, 0)) return true;
+  FreeTree();
+  return false;
+}
+
+// What the first writing of the tree and the frames after it have made of a chunk.
+bool FORMaviHandler::ReadUnfinishedChunk(const CFile64& file, RIFFchunk& chunk, uint64_t position) {
+  chunk.position = position;
+  if (&chunk == idx1_) return true;  // a frame is in its place
+  decltype(kChunkHeadLayout)::Bytes bytes;
+  if (!file.ReadAt(position, bytes)) return false;
+  const ChunkHead head = kChunkHeadLayout.Decode(bytes);
+  if (&chunk == mainHeader_ && head.id != chunk.id) return file.ReadAt(position, chunk.data);
+  const bool hasFinalSize = &chunk != root_.get() && &chunk != movi_;
+  if (head.id != chunk.id || (hasFinalSize && head.size != chunk.size)) return false;
+  position += kHeadByteCount;
+  if (!chunk.IsList()) return file.ReadAt(position, chunk.data);
+
+  std::array<uint8_t, kTypeByteCount> type;
+  if (!file.ReadAt(position, type) || TypeOf(type) != chunk.parentType) return false;
+  position += kTypeByteCount;
+  for (const auto& child : chunk.children) {
+    if (!ReadUnfinishedChunk(file, *child, position)) return false;
+    position += child->Length();
+  }
+  return true;
+}
+
+bool FORMaviHandler::HasWholeIndex(const CFile64& file) const {
+  const std::optional<MainHeader> header = GetMainHeader();
+  if (movi_ == nullptr || !header || header->totalFrames != FrameCount(0)) return false;
+  uint64_t length = kTypeByteCount;
+  for (const Stream& stream : streams_) {
+    for (const IndexEntry& entry : stream.index) {
+      decltype(kChunkHeadLayout)::Bytes bytes;
+      if (!file.ReadAt(movi_->position + kHeadByteCount + entry.offset, bytes)) return false;
+      const ChunkHead head = kChunkHeadLayout.Decode(bytes);
+      if (head.id != entry.id || head.size != entry.size) return false;
+      length += RIFFchunk::LengthOf(entry.size);
+    }
+  }
+  return length == movi_->Length() - kHeadByteCount;
+}
+
+uint64_t FORMaviHandler::FramesPosition() const { return movi_->position + kHeadByteCount + kTypeByteCount; }
+
+std::optional<MainHeader> FORMaviHandler::GetMainHeader() const {
+  const std::vector<uint8_t>* const data = DataOf(mainHeader_, decltype(kMainHeaderLayout)::kByteCount);
+  if (data == nullptr) return std::nullopt;
+  return DecodeData(kMainHeaderLayout, *data);
+}
+
+size_t FORMaviHandler::FrameCount(size_t stream) const { return streams_.at(stream).index.size(); }
 
 bool FORMaviHandler::CanGrow() const {
   if (!root_ || movi_ == nullptr) return false;
@@ -214,8 +269,7 @@ bool FORMaviHandler::ReadChildren(const CFile64& file, RIFFchunk& list, uint64_t
     if (chunk.IsList()) {
       std::array<uint8_t, kTypeByteCount> type;
       if (head.size < kTypeByteCount || !file.ReadAt(payload, type)) return false;
-      chunk.parentType = 0;
-      for (size_t i = 0; i < kTypeByteCount; ++i) chunk.parentType |= uint32_t{type.at(i)} << (8 * i);
+      chunk.parentType = TypeOf(type);
       // Frames are not loaded, and what a form within the form holds is not looked at.
       if (chunk.id == kList && chunk.parentType != kMovi &&
           (chunk.depth > kDeepestList || !ReadChildren(file, chunk, payload + kTypeByteCount, payload + head.size))) {
@@ -315,11 +369,11 @@ void FORMaviHandler::FixUp() {
 }
 
 bool FORMaviHandler::HasRoomFor(size_t frameSize) const {
-  if (!root_ || movi_ == nullptr || frameSize > kLargestSize) return false;
+  if (!root_ || movi_ == nullptr || frameSize > kLargestForm) return false;
   const uint64_t length = RIFFchunk::LengthOf(static_cast<uint32_t>(frameSize));
   uint64_t fileSize = kTypeByteCount + kIndexEntryByteCount + length;
   for (const auto& child : root_->children) fileSize += child->Length();
-  return fileSize <= kLargestSize;
+  return fileSize <= kLargestForm;
 }
 
 QAVIError FORMaviHandler::WriteFrame(CFile64& file, size_t stream, std::span<const uint8_t> frame, uint32_t flags) {

@@ -2,7 +2,15 @@
 // frames behind the tree's back at the end of the "movi" list.
 //
 // The tree is written before the first frame and once more at the end; only then do sizes, frame counts and the index
-// on disk agree with the frames.
+// on disk agree with the frames. What a process leaves behind that dies in between is
+//
+//   - the tree of a file without frames, whose empty index the first frame has overwritten. From the 126th frame on the
+//     main header stands 8 bytes too early, over its chunk's head;
+//   - all frames that were appended, each whole, since none waits in memory of the process: a frame goes to the system
+//     in one call, which returns before the frame counts;
+//   - a part of the frame that was being appended, at most.
+//
+// A machine that dies may lose more: what the system had not brought to the disk yet.
 #pragma once
 
 #include <array>
@@ -30,6 +38,24 @@ class FORMaviHandler {
 
   // The tree of a file; frames are not read. False if the file isn't one of this kind, or is damaged.
   bool ReadTree(const CFile64& file);
+
+  // The tree of a file with one stream that nobody closed, with the headers that it has on disk. False if the file
+  // doesn't begin like one.
+  bool ReadUnfinishedTree(const CFile64& file);
+
+  // Whether the index of the file that was read has all its frames, each where it is.
+  bool HasWholeIndex(const CFile64& file) const;
+
+  // Where the first frame's chunk is, or would be; for a tree that was read.
+  uint64_t FramesPosition() const;
+
+  std::optional<MainHeader> GetMainHeader() const;
+
+  // Frames of a stream, as the index has them.
+  size_t FrameCount(size_t stream) const;
+
+  // The id of the chunks that hold a stream's frames: "00dc" for those of video stream 0.
+  static uint32_t FrameChunkId(size_t stream, uint32_t streamType);
 
   // Whether the frames' list comes last, or right before the index at the end: other chunks would be in the way.
   bool CanGrow() const;
@@ -68,6 +94,7 @@ class FORMaviHandler {
   void NoteChunk(RIFFchunk& chunk);
   bool ReadChildren(const CFile64& file, RIFFchunk& list, uint64_t position, uint64_t end);
   bool ReadIndex(const CFile64& file, RIFFchunk& chunk);
+  bool ReadUnfinishedChunk(const CFile64& file, RIFFchunk& chunk, uint64_t position);
   bool WriteChunk(CFile64& file, RIFFchunk& chunk, uint64_t position);
   bool WriteIndex(CFile64& file, uint64_t position) const;
   void FixUp();
