@@ -5,6 +5,7 @@
 
 #include "fuzz/seed_edits.h"
 #include "tests/model/avi_model.h"
+#include "tests/support/small_pictures.h"
 
 namespace korvel_fuzz {
 namespace {
@@ -46,6 +47,7 @@ constexpr size_t kHeaderLists = 12;
 constexpr size_t kMainHeader = 24;
 constexpr size_t kStreamList = 88;
 constexpr size_t kFrameList = 232;
+constexpr size_t kFirstFrame = 244;
 
 constexpr HeaderField kFields[] = {
     {"riff_id", 0, 4},       {"riff_size", 4, 4},       {"form", 8, 4},         {"hdrl_id", 12, 4},
@@ -167,6 +169,34 @@ std::vector<Seed> AviSeeds() {
   }
   AppendStructures(seeds, file, index);
   AppendIndices(seeds, file, index);
+  return seeds;
+}
+
+// Recordings that were never closed, or closed in part, and damaged ones.
+std::vector<Seed> RepairAviSeeds() {
+  Seeds seeds;
+  for (const size_t count : {0u, 1u, 3u, 130u}) {
+    const korvel_test::AviModel model = korvel_test::RecordedAvi(32, 16, korvel_test::SmallPictures(count));
+    const std::string name = Text(count) + "_pictures";
+    const SeedBytes whole = korvel_test::BuildAviFile(model);
+    const SeedBytes unfinished = korvel_test::BuildAviFileBeforeClose(model);
+    seeds.push_back({name, whole});
+    if (count != 3) {
+      seeds.push_back({"unfinished_" + name, unfinished});
+      continue;
+    }
+    AppendWithCuts(seeds, "unfinished_" + name, unfinished);
+    AppendWithCuts(seeds, "closing_" + name, whole);
+    AppendFieldEdges(seeds, "unfinished_" + name, unfinished, kFields);
+    for (size_t offset = kFirstFrame; offset < unfinished.size(); offset += 7) {
+      SeedBytes damaged = unfinished;
+      damaged[offset] = static_cast<uint8_t>(~damaged[offset]);
+      seeds.push_back({name + "_damaged_at_" + Text(offset), std::move(damaged)});
+    }
+    const SeedBytes frames = Part(unfinished, kFirstFrame, unfinished.size());
+    seeds.push_back({name + "_without_headers", frames});
+    seeds.push_back({name + "_among_others", Joined({unfinished, Chunk("JUNK", SeedBytes(70000)), frames})});
+  }
   return seeds;
 }
 

@@ -8,6 +8,7 @@
 namespace korvel_fuzz {
 
 std::vector<Seed> AviSeeds();
+std::vector<Seed> RepairAviSeeds();
 std::vector<SeedBytes> AviWords();
 
 }  // namespace korvel_fuzz

@@ -379,10 +379,15 @@ struct Target {
 };
 
 constexpr Target kTargets[] = {
-    {"read_bmp", BmpSeeds, BmpWords},        {"read_png", PngSeeds, PngWords},
-    {"read_jpeg", JpegSeeds, JpegWords},     {"read_raw", RawSeeds, IdWords},
-    {"read_avi", AviSeeds, AviWords},        {"read_as_format", ReadAsFormatSeeds, IdWords},
-    {"round_trip", RoundTripSeeds, NoWords}, {"exported_functions", ExportedFunctionsSeeds, NoWords},
+    {"read_bmp", BmpSeeds, BmpWords},
+    {"read_png", PngSeeds, PngWords},
+    {"read_jpeg", JpegSeeds, JpegWords},
+    {"read_raw", RawSeeds, IdWords},
+    {"read_avi", AviSeeds, AviWords},
+    {"repair_avi", RepairAviSeeds, AviWords},
+    {"round_trip", RoundTripSeeds, NoWords},
+    {"read_as_format", ReadAsFormatSeeds, IdWords},
+    {"exported_functions", ExportedFunctionsSeeds, NoWords},
 };
 
 const Target& FindTarget(std::string_view name) {

@@ -13,8 +13,8 @@ something new are kept in build/fuzz/corpus for the next run. A finding makes th
 build/fuzz/findings, and the script tells how to run it again. Once it is understood, it belongs in
 fuzz/findings/<target> under a telling name, which makes it a test.
 
-  --target NAME  only this target: read_bmp, read_png, read_jpeg, read_raw, read_avi, read_as_format, round_trip or
-                 exported_functions; may be given several times
+  --target NAME  only this target: read_bmp, read_png, read_jpeg, read_raw, read_avi, repair_avi, read_as_format,
+                 round_trip or exported_functions; may be given several times
   --valgrind     instead of looking for new inputs, run the seeds, all the cut ones too, under valgrind, which sees into
                  the codecs, while the sanitizers don't; takes some minutes
   --help         this text
@@ -50,7 +50,7 @@ while (($# > 0)); do
   shift
 done
 if ((${#targets[@]} == 0)); then
-  targets=(read_bmp read_png read_jpeg read_raw read_avi read_as_format round_trip exported_functions)
+  targets=(read_bmp read_png read_jpeg read_raw read_avi repair_avi read_as_format round_trip exported_functions)
 fi
 readonly seconds valgrind targets
 
