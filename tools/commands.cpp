@@ -15,6 +15,7 @@
 #include "command_line.h"
 #include "command_mirror.h"
 #include "command_record.h"
+#include "command_repair_avi.h"
 #include "command_rotate.h"
 #include "command_simulate.h"
 #include "korvel/korvel.h"
@@ -58,6 +59,7 @@ std::unique_ptr<CLI::App> MakeCommands() {
   AddConvertCommand(app);
   AddSimulateCommand(app);
   AddRecordCommand(app);
+  AddRepairAviCommand(app);
   AddCorrectCommand(app);
   AddBinCommand(app);
   AddMirrorCommand(app);

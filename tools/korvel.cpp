@@ -1,4 +1,4 @@
-// The korvel command: the library from a shell, through its exported functions alone.
+// The korvel command: the library from a shell, through its exported functions; repair-avi alone reaches further.
 
 #include <CLI/CLI.hpp>
 #include <exception>
