@@ -8,7 +8,9 @@
 #include <functional>
 #include <iomanip>
 #include <iostream>
+#include <limits>
 #include <memory>
+#include <nlohmann/json.hpp>
 #include <optional>
 #include <sstream>
 #include <string>
@@ -24,6 +26,7 @@
 #include "options.h"
 #include "progress_bar.h"
 #include "recording.h"
+#include "recording_series.h"
 #include "simulated_camera.h"
 #include "stop_signals.h"
 #include "tool_error.h"
@@ -43,6 +46,9 @@ struct RecordArguments {
   std::string frames;
   std::string queue;
   bool as_fast_as_possible = false;
+  bool split = false;
+  std::string split_at;
+  bool progress_json = false;
 };
 
 void RequireVideoSize(size_t width, size_t height, const std::string& whose) {
@@ -114,12 +120,31 @@ struct Pace {
   Seconds Due(uint64_t frames) const { return Seconds(static_cast<double>(frames) / frames_per_second); }
 };
 
-void Show(const ProgressBar& bar, const Recording& recording) {
-  if (!bar.IsShown()) return;
-  const RecordingCounts counts = recording.Counts();
-  bar.Show(counts.appended, ": " + std::to_string(counts.written) + " written, " + std::to_string(counts.queued) +
-                                " queued, " + std::to_string(counts.dropped) + " dropped");
-}
+// How far the recording is: for people on a terminal, or for programs.
+class Progress {
+ public:
+  Progress(const ProgressBar& bar, bool for_programs) : bar_(bar), for_programs_(for_programs) {}
+
+  void Show(const RecordingSeries& recording) const {
+    if (!for_programs_ && !bar_.IsShown()) return;
+    const RecordingCounts counts = recording.Counts();
+    if (for_programs_) {
+      const nlohmann::ordered_json line = {{"files", recording.Paths().size()},
+                                           {"appended", counts.appended},
+                                           {"written", counts.written},
+                                           {"queued", counts.queued},
+                                           {"dropped", counts.dropped}};
+      std::cout << line << std::endl;
+    } else {
+      bar_.Show(counts.appended, ": " + std::to_string(counts.written) + " written, " + std::to_string(counts.queued) +
+                                     " queued, " + std::to_string(counts.dropped) + " dropped");
+    }
+  }
+
+ private:
+  const ProgressBar& bar_;
+  bool for_programs_;
+};
 
 struct Outcome {
   RecordingCounts counts;
@@ -129,25 +154,27 @@ struct Outcome {
 };
 
 // Appends frames until all are, the user ends it, or the file is full; then waits for what is queued.
-Outcome RecordFrames(Recording& recording, const Frames& frames, uint64_t count, const Pace& pace,
-                     const StopSignals& stop, const ProgressBar& bar) {
+Outcome RecordFrames(RecordingSeries& recording, const Frames& frames, uint64_t count, const Pace& pace,
+                     const StopSignals& stop, const Progress& progress) {
   Outcome outcome;
   const Clock::time_point start = Clock::now();
   for (uint64_t number = 0; number < count && !outcome.is_full; ++number) {
     const Image& frame = frames(number);
     const auto due = pace.in_real_time ? start + std::chrono::duration_cast<Clock::duration>(pace.Due(number)) : start;
     if (stop.ComeUntil(due) && number > 0) break;
-    while (!pace.in_real_time && !recording.HasRoom()) {
+    // Who may wait knows afterwards what the frames that are queued really take.
+    while (!pace.in_real_time && (!recording.HasRoom() || (recording.IsFileFull() && recording.HasQueued()))) {
       recording.WaitForWorker();
-      Show(bar, recording);
+      progress.Show(recording);
     }
+    if (recording.IsFileFull()) recording.StartNextFile();
     outcome.behind = Clock::now() - due;
     outcome.is_full = !recording.Append(frame);
-    Show(bar, recording);
+    progress.Show(recording);
   }
   for (outcome.counts = recording.Counts(); outcome.counts.queued > 0; outcome.counts = recording.Counts()) {
     recording.WaitForWorker();
-    Show(bar, recording);
+    progress.Show(recording);
   }
   outcome.took = Clock::now() - start;
   return outcome;
@@ -160,15 +187,19 @@ uintmax_t FileSize(const std::string& path) {
   return size;
 }
 
-void PrintSummary(const std::string& path, const ImageFacts& facts, const Outcome& outcome, const Pace& pace) {
+void PrintSummary(const RecordingSeries& recording, const Outcome& outcome, const Pace& pace) {
   const RecordingCounts& counts = outcome.counts;
+  const std::vector<std::string>& paths = recording.Paths();
+  uintmax_t size = 0;
+  for (const std::string& path : paths) size += FileSize(path);
   std::ostringstream text;
   text << std::fixed << std::setprecision(2) << "  frames     " << counts.appended << " appended, " << counts.written
        << " written, " << counts.dropped << " dropped\n"
        << "  took       " << outcome.took.count() << " s\n"
-       << "  file size  " << FileSize(path) << " bytes\n"
+       << "  file size  " << size << " bytes"
+       << (paths.size() == 1 ? "" : " in " + std::to_string(paths.size()) + " files") << "\n"
        << "  play time  " << pace.Due(counts.written).count() << " s at " << pace.frames_per_second << " fps\n";
-  PrintWritten(path, facts);
+  for (const std::string& path : paths) PrintWritten(path, recording.Facts());
   std::cout << text.str() << std::flush;
 }
 
@@ -188,7 +219,7 @@ void PrintNotes(const std::string& path, const Outcome& outcome, const Pace& pac
   }
   if (outcome.is_full) {
     throw ToolError("'" + path + "' is as long as an AVI file gets, and took no frames after these",
-                    "Record the rest to another file, or choose a lower --quality.");
+                    "Let --split record the rest to other files, or choose a lower --quality.");
   }
   if (counts.dropped > counts.refused) {
     throw ToolError(std::to_string(counts.dropped - counts.refused) + " of " + std::to_string(counts.appended) +
@@ -222,25 +253,31 @@ void Record(const RecordArguments& arguments) {
   const Pace pace{.in_real_time = from_camera && !arguments.as_fast_as_possible,
                   .frames_per_second = options.frames_per_second};
 
-  const ProgressBar bar("recording", count);
+  std::optional<uint64_t> file_size;
+  if (!arguments.split_at.empty()) {
+    file_size = ParseByteCount("--split-at", arguments.split_at);
+  } else if (arguments.split) {
+    file_size = std::numeric_limits<uint64_t>::max();
+  }
+
+  const ProgressBar bar("recording", arguments.progress_json ? 0 : count);
   FileFrames files(arguments.inputs, arguments.reading, bar);
   const Frames frames = from_camera ? CameraFrames(arguments.reading)
                                     : [&](uint64_t number) -> const Image& { return files.Frame(number); };
   const StopSignals stop;
-  Recording recording(options);
+  RecordingSeries recording(options, file_size);
   Outcome outcome;
   try {
-    outcome = RecordFrames(recording, frames, count, pace, stop, bar);
+    outcome = RecordFrames(recording, frames, count, pace, stop, Progress(bar, arguments.progress_json));
   } catch (...) {
-    // Nothing is lost: once the input is mended, all can be recorded under this name.
-    std::error_code error;
-    std::filesystem::remove(options.path, error);
+    // Files are not lost: once the input is mended, all can be recorded under this name. What a camera saw would be.
+    if (!from_camera || recording.Counts().written == 0) recording.Remove();
     throw;
   }
   recording.Close();
   bar.Clear();
-  PrintSummary(options.path, recording.Facts(), outcome, pace);
-  PrintNotes(options.path, outcome, pace);
+  if (!arguments.progress_json) PrintSummary(recording, outcome, pace);
+  PrintNotes(recording.Paths().back(), outcome, pace);
 }
 
 }  // namespace
@@ -271,6 +308,12 @@ void AddRecordCommand(CLI::App& app) {
       ->type_name("1..1000");
   command->add_flag("--as-fast-as-possible", arguments->as_fast_as_possible,
                     "Let the camera wait for the encoder, instead of delivering --fps frames each second");
+  command->add_flag("--split", arguments->split,
+                    "Go on in OUT-0002 and so on, when a file is as long as an AVI file gets");
+  command->add_option("--split-at", arguments->split_at, "Go on in another file before one gets larger than this")
+      ->type_name("SIZE");
+  command->add_flag("--progress-json", arguments->progress_json,
+                    "Print how far the recording is after each frame, as a line of JSON, and no summary");
   command->footer(
       std::string(
           "The camera looks at the scene of 'korvel simulate' and turns slowly. It delivers frames in real time, and "
@@ -284,7 +327,13 @@ void AddRecordCommand(CLI::App& app) {
           "to\n"
           "BGRa8. The first file decides; all have one size, whose width is a multiple of 8. Ctrl-C ends a recording "
           "early;\n"
-          "the video is whole up to there.\n"
+          "the video is whole up to there. 'korvel repair-avi' mends the video of a recording that was killed.\n"
+          "\n"
+          "No AVI file gets longer than 4 GiB. With --split the recording goes on in OUT-0002.avi, OUT-0003.avi and so "
+          "on,\n"
+          "and no frame is lost in between; --split-at makes shorter files, of one frame at least. In real time a file "
+          "may\n"
+          "end early, since frames that are queued count as not compressed. None of these files may exist.\n"
           "\n") +
       kInputHelp +
       "\n"
@@ -292,6 +341,7 @@ void AddRecordCommand(CLI::App& app) {
       "  korvel record camera.avi\n"
       "  korvel record camera12.avi --format BayerRG12p --size 1920x1080 --fps 30 --frames 90 --quality 90\n"
       "  korvel record quick.avi --size 640x480 --frames 1000 --as-fast-as-possible\n"
+      "  korvel record night.avi --frames 100000 --split-at 500M\n"
       "  korvel record pictures.avi --fps 2 picture.png photo.jpg\n"
       "  korvel record still.avi --frames 250 picture.png\n"
       "  korvel record dump.avi --format BayerRG12p --size 2592x1536 frame.bin");

@@ -58,6 +58,22 @@ uint64_t ParseSkip(std::string_view text) {
   return *skip;
 }
 
+uint64_t ParseByteCount(std::string_view option, std::string_view text) {
+  constexpr std::string_view kUnits = "KMG";
+  std::string_view digits = text;
+  unsigned shift = 0;
+  if (const size_t unit = text.empty() ? kUnits.npos : kUnits.find(text.back()); unit != kUnits.npos) {
+    shift = 10 * (static_cast<unsigned>(unit) + 1);
+    digits.remove_suffix(1);
+  }
+  const auto number = ParseNumber<uint64_t>(digits);
+  if (!number || *number == 0 || *number > std::numeric_limits<uint64_t>::max() >> shift) {
+    throw ToolError(std::string(option) + ": " + Quoted(text) + " is not a number of bytes",
+                    "Give a size such as 500M, 2G or 700000.");
+  }
+  return *number << shift;
+}
+
 uint64_t ParseWhole(std::string_view option, std::string_view text, uint64_t least, uint64_t most) {
   const auto number = ParseNumber<uint64_t>(text);
   if (number && *number >= least && *number <= most) return *number;

@@ -26,6 +26,10 @@ PictureSize ParseSensorSize(std::string_view text);
 // A decimal number of bytes. Throws ToolError.
 uint64_t ParseSkip(std::string_view text);
 
+// A number of bytes above 0, in decimal or with K, M or G behind it for the powers of 1024, such as 500M. Throws
+// ToolError.
+uint64_t ParseByteCount(std::string_view option, std::string_view text);
+
 // A whole number within the limits, which are part of it; option is the one that gave it. Throws ToolError.
 uint64_t ParseWhole(std::string_view option, std::string_view text, uint64_t least, uint64_t most);
 

@@ -40,8 +40,10 @@ Recording::Recording(const RecordingOptions& options) {
 }
 
 bool Recording::Append(const Image& image) {
-  const KORVEL_RETURN_CODE code = KORVEL_VideoWriter_Video_Append(video_.Get(), Recordable(image).Get());
   const bool is_first = appended_ == 0;
+  const Image& recordable = Recordable(image);
+  if (is_first) frame_byte_count_ = FactsOf(recordable).byte_count;
+  const KORVEL_RETURN_CODE code = KORVEL_VideoWriter_Video_Append(video_.Get(), recordable.Get());
   if (code == KORVEL_RETURN_CODE_QueueFull) {
     if (QueueSize() == 0) {
       throw ToolError("the queue that the library chooses holds no frame of this size", "Choose one by --queue 4.");
@@ -78,6 +80,7 @@ RecordingCounts Recording::Counts() const {
   counts.queued = Ask(video_, KORVEL_VideoWriter_Queue_GetQueued);
   counts.written = Ask(video_, KORVEL_VideoWriter_Video_GetEncodedFrames);
   counts.dropped = Ask(video_, KORVEL_VideoWriter_Video_GetDroppedFrames);
+  counts.bytes = Ask(video_, KORVEL_VideoWriter_Video_GetFileSize);
   return counts;
 }
 

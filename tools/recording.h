@@ -23,6 +23,7 @@ struct RecordingCounts {
   uint64_t written = 0;
   uint64_t dropped = 0;  // for whatever reason
   uint32_t queued = 0;
+  uint64_t bytes = 0;  // of what is written, without what the file adds
 };
 
 class Recording {
@@ -36,6 +37,9 @@ class Recording {
 
   // What became of the first image.
   const ImageFacts& Facts() const noexcept { return facts_; }
+
+  // What a frame takes before it is compressed, and so at most.
+  uint64_t FrameByteCount() const noexcept { return frame_byte_count_; }
 
   RecordingCounts Counts() const;
   bool HasRoom() const;
@@ -53,6 +57,7 @@ class Recording {
   ImageConverter converter_;
   Image converted_;
   ImageFacts facts_;
+  uint64_t frame_byte_count_ = 0;
   uint64_t appended_ = 0;
   uint64_t refused_ = 0;
   Video video_;

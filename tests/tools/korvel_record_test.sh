@@ -156,6 +156,70 @@ check "bytes behind the pixels are told once for each file" [ "$(grep -c 'bytes 
 succeeds record many.AVI a.bin --format RGB8 "${size[@]}" --frames 500 --queue 1
 check "files wait for the encoder" is_video many.AVI 64 48 25 500
 
+# --- several files
+
+# The frames of the files, decoded: those of the first, those of the second, and so on.
+decoded() {  # decoded FILE...
+  local file
+  for file in "$@"; do ffmpeg -v error -nostdin -i "$file" -vsync passthrough -f framemd5 - | grep -v '^#' | cut -d, -f6; done
+}
+
+split=("${size[@]}" --frames 200 --as-fast-as-possible)
+succeeds record joined.avi "${split[@]}"
+succeeds record parts.avi "${split[@]}" --split-at 100K
+parts=(parts.avi parts-*.avi)
+check "a recording is split into several files" [ "${#parts[@]}" -ge 3 ]
+check "files are numbered from the second on" [ -f parts-0002.avi ] && [ -f parts-0003.avi ] && [ ! -e parts-0001.avi ]
+check "no frame is lost between files, nor written twice" cmp -s <(decoded joined.avi) <(decoded parts.avi parts-*.avi)
+check "the summary tells the sum of the files" [ "$(counts)" = "200 200 0" ]
+check "the summary tells the size of all files" grep -qE \
+  "^  file size +$(cat parts.avi parts-*.avi | wc -c) bytes in ${#parts[@]} files$" out
+check "the summary names each file" [ "$(grep -c '^wrote parts' out)" -eq "${#parts[@]}" ]
+for part in "${parts[@]}"; do
+  check "$part is not larger than --split-at" [ "$(stat -c %s "$part")" -le $((100 * 1024)) ]
+  if [[ $part != "${parts[-1]}" ]]; then
+    check "$part is not much smaller" [ "$(stat -c %s "$part")" -ge $((80 * 1024)) ]
+  fi
+done
+
+succeeds record single.avi "${size[@]}" --frames 12 --as-fast-as-possible --split-at 1
+check "a file holds a frame, whatever --split-at" is_video single-0012.avi 64 48 25 1
+check "there are as many files as frames then" [ "$(find . -name 'single*.avi' | wc -l)" -eq 12 ]
+succeeds record unsplit.avi "${split[@]}" --split
+check "--split alone leaves a short recording in one file" [ ! -e unsplit-0002.avi ] && cmp -s joined.avi unsplit.avi
+
+succeeds record live.avi "${size[@]}" --fps 200 --frames 150 --split-at 100K
+check "in real time no frame is lost between files" [ "$(counts)" = "150 150 0" ]
+check "in real time all frames are in the files" cmp -s <(decoded joined.avi | head -n 150) <(decoded live.avi live-*.avi)
+
+code=0
+timeout --preserve-status -s INT 2 bash -c \
+  "exec korvel record early.avi --size 64x48 --fps 100 --frames 100000 --split-at 50K >out 2>err" || code=$?
+read -r appended written dropped <<<"$(counts)"
+check "Ctrl-C ends a recording in several files well" [ "$code" -eq 0 ] && [ "$written" -gt 0 ]
+check "Ctrl-C leaves whole files" [ "$(decoded early.avi early-*.avi | wc -l)" -eq "$written" ]
+
+touch taken-0007.avi
+fails 1 "'taken-0007.avi' is there already" record taken.avi "${split[@]}" --split
+check "a name that is taken is told before the recording" [ ! -e taken.avi ]
+touch taken-7.avi taken-0007.png "taken-000x.avi"
+rm taken-0007.avi
+succeeds record taken.avi "${split[@]}" --split
+fails 1 "cannot read 'missing.png'" record x.avi a.png b.raw missing.png --split-at 1
+fails 1 "--split-at: '5X' is not a number of bytes" record x.avi --split-at 5X
+fails 1 "Give a size such as 500M, 2G or 700000." record x.avi --split-at 0
+fails 1 "--split-at: '99999999999G' is not a number of bytes" record x.avi --split-at 99999999999G
+check "what is recorded from files goes with all its files when it fails" [ ! -e x.avi ] && [ ! -e x-0002.avi ]
+
+# --- for programs
+
+succeeds record told.avi "${size[@]}" --frames 20 --as-fast-as-possible --progress-json
+check "--progress-json prints lines of JSON alone" [ "$(grep -cvE \
+  '^\{"files":1,"appended":[0-9]+,"written":[0-9]+,"queued":[0-9]+,"dropped":0\}$' out)" -eq 0 ]
+check "--progress-json tells the end" [ "$(tail -n 1 out)" = \
+  '{"files":1,"appended":20,"written":20,"queued":0,"dropped":0}' ]
+check "--progress-json tells each frame" [ "$(wc -l <out)" -ge 20 ]
+
 # --- an early end
 
 for signal in INT TERM; do
