@@ -17,7 +17,7 @@ Value Ask(const Video& video, KORVEL_RETURN_CODE (*query)(KORVEL_VIDEO_HANDLE, V
 
 }  // namespace
 
-Recording::Recording(const RecordingOptions& options) {
+Recording::Recording(const RecordingOptions& options) : format_(options.format) {
   Require(KORVEL_ImageConverter_Construct(converter_.Out()), "make a converter", kMemoryAdvice);
   const KORVEL_RETURN_CODE code = KORVEL_VideoWriter_Video_Open(video_.Out(), options.path.c_str(),
                                                                 KORVEL_VIDEO_CONTAINER_AVI, KORVEL_VIDEO_ENCODER_MJPEG);
@@ -62,7 +62,7 @@ const Image& Recording::Recordable(const Image& image) {
   const ImageFacts facts = FactsOf(image);
   if (appended_ == 0) {
     facts_ = facts;
-    facts_.format = PictureFormat(facts.format);
+    facts_.format = format_.value_or(PictureFormat(facts.format));
   }
   if (facts.format.id == facts_.format.id) return image;
   Require(
@@ -96,7 +96,7 @@ void Recording::WaitForWorker() const {
 
 void Recording::Close() {
   Require(KORVEL_VideoWriter_Video_Close(video_.Get()), "end the file",
-          "Check the space and the permissions of the output folder.");
+          "Check the space and the permissions of the output folder; 'korvel repair-avi' brings the frames back.");
   video_.Release();
 }
 

@@ -5,6 +5,7 @@
 #include <optional>
 #include <string>
 
+#include "format_names.h"
 #include "handles.h"
 #include "image_facts.h"
 
@@ -14,7 +15,8 @@ struct RecordingOptions {
   std::string path;
   uint32_t frames_per_second = 25;
   int32_t quality = 75;
-  std::optional<uint32_t> queue{};  // how many frames it holds; without, the library decides
+  std::optional<uint32_t> queue{};      // how many frames it holds; without, the library decides
+  std::optional<NamedFormat> format{};  // that all frames get; without, the first decides
 };
 
 struct RecordingCounts {
@@ -54,6 +56,7 @@ class Recording {
   const Image& Recordable(const Image& image);
   uint32_t QueueSize() const;
 
+  std::optional<NamedFormat> format_;
   ImageConverter converter_;
   Image converted_;
   ImageFacts facts_;

@@ -78,6 +78,7 @@ bool RecordingSeries::IsFileFull() const {
 void RecordingSeries::StartNextFile() {
   while (recording_->Counts().queued > 0) recording_->WaitForWorker();
   const RecordingCounts counts = recording_->Counts();
+  options_.format = recording_->Facts().format;
   recording_->Close();
   recording_.reset();
   ended_ = Sum(ended_, counts);
