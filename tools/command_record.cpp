@@ -277,7 +277,7 @@ void Record(const RecordArguments& arguments) {
   recording.Close();
   bar.Clear();
   if (!arguments.progress_json) PrintSummary(recording, outcome, pace);
-  PrintNotes(recording.Paths().back(), outcome, pace);
+  PrintNotes(options.path, outcome, pace);
 }
 
 }  // namespace
@@ -341,7 +341,7 @@ void AddRecordCommand(CLI::App& app) {
       "  korvel record camera.avi\n"
       "  korvel record camera12.avi --format BayerRG12p --size 1920x1080 --fps 30 --frames 90 --quality 90\n"
       "  korvel record quick.avi --size 640x480 --frames 1000 --as-fast-as-possible\n"
-      "  korvel record night.avi --frames 100000 --split-at 500M\n"
+      "  korvel record parts.avi --size 640x480 --frames 1000 --as-fast-as-possible --split-at 10M\n"
       "  korvel record pictures.avi --fps 2 picture.png photo.jpg\n"
       "  korvel record still.avi --frames 250 picture.png\n"
       "  korvel record dump.avi --format BayerRG12p --size 2592x1536 frame.bin");

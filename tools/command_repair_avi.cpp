@@ -165,7 +165,7 @@ void AddRepairAviCommand(CLI::App& app) {
       "\n"
       "Examples:\n"
       "  korvel repair-avi killed.avi repaired.avi\n"
-      "  korvel repair-avi damaged.avi repaired.avi --fps 30");
+      "  korvel repair-avi damaged.avi mended.avi --fps 30");
   command->callback([arguments] { Repair(*arguments); });
 }
 

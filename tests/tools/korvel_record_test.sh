@@ -199,6 +199,9 @@ read -r appended written dropped <<<"$(counts)"
 check "Ctrl-C ends a recording in several files well" [ "$code" -eq 0 ] && [ "$written" -gt 0 ]
 check "Ctrl-C leaves whole files" [ "$(decoded early.avi early-*.avi | wc -l)" -eq "$written" ]
 
+succeeds record coloured.avi a.png grey.png a.png --split-at 1
+check "all files have the format of the first frame" [ "$(grep -c '^wrote coloured.*, RGB8$' out)" -eq 3 ]
+
 touch taken-0007.avi
 fails 1 "'taken-0007.avi' is there already" record taken.avi "${split[@]}" --split
 check "a name that is taken is told before the recording" [ ! -e taken.avi ]

@@ -127,7 +127,7 @@ check "no failure leaves a picture" [ ! -e x.png ]
 
 # --- help
 
-for command in '' formats info inspect convert simulate record correct bin mirror rotate histogram line hot-pixels; do
+for command in '' formats info inspect convert simulate record repair-avi correct bin mirror rotate histogram line hot-pixels; do
   succeeds ${command:+"$command"} --help
   check "$command --help has examples" grep -q '^  korvel ' out
   grep '^  korvel ' out >>examples
@@ -138,6 +138,9 @@ check "--version tells the version" grep -qE '^korvel [0-9]+\.[0-9]+\.[0-9]+$' o
 samples $((2592 * 1536 * 3 / 2)) >frame.bin
 samples $((512 + 640 * 480 * 5 / 4)) >dump.bin
 samples $((640 * 480)) >grey.bin
+korvel record killed.avi --size 64x48 --frames 100 --as-fast-as-possible >out
+truncate --size=-4000 killed.avi
+cp killed.avi damaged.avi
 rm -f ./*.png
 korvel simulate picture.png --format RGB8 --size 64x48 >out
 korvel simulate photo.jpg --format RGB8 --size 64x48 >out
@@ -160,6 +163,8 @@ check "the examples make a folder of pictures" [ -s pictures/photo.bmp ]
 check "the examples make plots" [ -s histogram.svg ]
 check "the examples make a plot's picture" is_png histogram.png 1000 560 8 $rgba
 check "the examples make videos" [ -s camera12.avi ] && [ -s quick.avi ] && [ -s pictures.avi ] && [ -s dump.avi ]
+check "the examples make a recording in several files" [ -s parts-0002.avi ]
+check "the examples make a video of a killed recording" [ -s repaired.avi ]
 check "the examples mark hot pixels" is_png marked.png 640 480 8 $rgba
 
 ends_well
