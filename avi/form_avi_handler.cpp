@@ -341,7 +341,7 @@ bool FORMaviHandler::WriteIndex(CFile64& file, uint64_t position) const {
   std::span<const IndexEntry> left = streams_.front().index;
   while (!left.empty()) {
     const auto piece = left.first(std::min(left.size(), kMostEntries));
-    auto next = bytes.begin();
+    auto* next = bytes.begin();
     for (const IndexEntry& entry : piece) {
       const auto entryBytes = kIndexEntryLayout.Encode(entry);
       next = std::copy(entryBytes.begin(), entryBytes.end(), next);

@@ -7,8 +7,8 @@ usage() {
   cat <<'HELP'
 Usage: scripts/kill-recordings.sh [COUNT]
 
-Starts COUNT recordings, 100 by default, and kills each at a random moment. Fails unless 'korvel repair-avi' brings back
-every frame that was counted as written, bit by bit, and ffmpeg decodes the result without a complaint. KORVEL_SEED in the
+Kills COUNT recordings, 100 by default, each at a random moment. Fails unless 'korvel repair-avi' brings back every
+frame that was counted as written, bit by bit, and ffmpeg decodes the result without a complaint. KORVEL_SEED in the
 environment repeats the moments of an earlier run.
 
   --help   this text

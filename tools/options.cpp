@@ -62,7 +62,8 @@ uint64_t ParseByteCount(std::string_view option, std::string_view text) {
   constexpr std::string_view kUnits = "KMG";
   std::string_view digits = text;
   unsigned shift = 0;
-  if (const size_t unit = text.empty() ? kUnits.npos : kUnits.find(text.back()); unit != kUnits.npos) {
+  const size_t unit = text.empty() ? std::string_view::npos : kUnits.find(text.back());
+  if (unit != std::string_view::npos) {
     shift = 10 * (static_cast<unsigned>(unit) + 1);
     digits.remove_suffix(1);
   }

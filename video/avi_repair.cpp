@@ -140,7 +140,7 @@ class FrameSearch {
   }
 
   bool MoveWindow(uint64_t position) {
-    constexpr uint64_t kWindowByteCount = 64 * 1024;
+    constexpr uint64_t kWindowByteCount = uint64_t{64} * 1024;
     window_.resize(std::min(kWindowByteCount, end_ - position));
     windowPosition_ = position;
     return file_.ReadAt(position, window_);
