@@ -159,7 +159,7 @@ while IFS= read -r target; do
   esac
   checks=$((checks + 1))
   [[ -e $(dirname "$page")/${target%%#*} ]] || fail '' "links to '$target', which isn't there"
-done < <(grep -oE '\]\([^)]*\)' "$page" | sed 's/^](//; s/)$//')
+done < <(sed '/^```/,/^```$/d' "$page" | grep -oE '\]\([^)]*\)' | sed 's/^](//; s/)$//')
 
 echo "$checks checks, $failures failed"
 ((failures == 0))
