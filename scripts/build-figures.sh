@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
-# Measures what README's developer section tells: build times without a compiler cache, and the library's size. Prints
-# lines of Markdown to put there.
+# Measures what CONTRIBUTING.md tells: build times without a compiler cache, and the library's size. Prints lines of
+# Markdown to put there.
 set -euo pipefail
 
 if [[ $# -gt 0 ]]; then

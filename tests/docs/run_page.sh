@@ -2,7 +2,7 @@
 # Runs what a page of the documents shows. Its code blocks, from first to last, in an empty folder in which include/,
 # examples/ and build/release are those of the project:
 #
-#   sh          is run, with the korvel command by its name; it must succeed
+#   sh          is run, with the korvel command by its name, and build/demo as scripts/demo.sh makes it; it must succeed
 #   text        is what the sh block before it prints; a line "..." stands for any lines
 #   c, cpp      is compiled, linked and run; it must succeed
 #
@@ -40,6 +40,7 @@ printf '#!/bin/sh\nexec %q %s "$@"\n' "$c_compiler" "${flags[*]}" >"$folder/bin/
 printf '#!/bin/sh\nexec %q %s "$@"\n' "$cpp_compiler" "${flags[*]}" >"$folder/bin/c++"
 chmod +x "$folder/bin/cc" "$folder/bin/c++"
 PATH=$folder/bin:$PATH
+if grep -q build/demo "$page"; then "$build/tools/korvel-demo" build/demo --seconds 0.01 --video-seconds 0.1 >/dev/null; fi
 readonly libraries=(-L "$build" -l korvel "-Wl,-rpath,$build")
 
 checks=0
