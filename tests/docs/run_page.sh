@@ -3,6 +3,7 @@
 # examples/ and build/release are those of the project:
 #
 #   sh          is run, with the korvel command by its name, and build/demo as scripts/demo.sh makes it; it must succeed
+#               within two minutes
 #   text        is what the sh block before it prints; a line "..." stands for any lines
 #   c, cpp      is compiled, linked and run; it must succeed
 #
@@ -97,7 +98,7 @@ run_block() {  # run_block LINE LANGUAGE INSTRUCTION FILE
   case $language in
     sh)
       local code=0
-      bash -euo pipefail "$block" >"$folder/printed" 2>"$log" </dev/null || code=$?
+      timeout 120 bash -euo pipefail "$block" >"$folder/printed" 2>"$log" </dev/null || code=$?
       if [[ $instruction == fails ]]; then
         [[ $code -ne 0 ]] || fail "$line" "succeeds"
         cp "$log" "$folder/printed"
@@ -112,7 +113,7 @@ run_block() {  # run_block LINE LANGUAGE INSTRUCTION FILE
       cp "$block" "$folder/program.$language"
       if ! compile "$language" "$folder/program.$language" "$folder/program" >"$log" 2>&1; then
         fail "$line" "does not compile" "$log"
-      elif ! "$folder/program" >"$log" 2>&1 </dev/null; then
+      elif ! timeout 120 "$folder/program" >"$log" 2>&1 </dev/null; then
         fail "$line" "does not run" "$log"
       fi
       ;;

@@ -52,7 +52,7 @@ bool IsMono(const NamedFormat& format) { return format.family == PixelFamily::kM
 
 std::string StageName(const NamedFormat& from, const NamedFormat& to) {
   if (from.id == to.id) return "copy";
-  if (IsBayer(from) && !IsBayer(to)) return IsMono(to) ? "mean" : "demosaic";
+  if (IsBayer(from) && !IsBayer(to)) return IsMono(to) ? "weigh" : "demosaic";
   if (IsMono(from) && !IsMono(to)) return "spread";
   if (IsPacked(from)) return "unpack";
   return from.family != to.family ? "swap" : "depth";
@@ -114,7 +114,7 @@ std::string_view KindOf(const NamedFormat& format) {
 
 constexpr std::string_view kKinds[] = {"Mono",  "Mono, packed", "Bayer", "Bayer, packed", "RGB",
                                        "BGR",   "RGBa",         "BGRa",  "RGB10p32",      "BGR10p32"};
-constexpr std::string_view kStages[] = {"unpack", "depth", "swap", "mean", "demosaic", "spread"};
+constexpr std::string_view kStages[] = {"unpack", "depth", "swap", "weigh", "demosaic", "spread"};
 
 // The stages of all pairs of two kinds in the order in which they run; in brackets those that only some pairs need.
 std::string Describe(std::span<const Chain> chains) {
