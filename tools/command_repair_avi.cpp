@@ -24,7 +24,7 @@ namespace {
 using libvideo::AviRepair;
 using Outcome = AviRepair::Outcome;
 
-constexpr double kMicroSeconds = 1e6;
+constexpr uint64_t kMicroSeconds = 1'000'000;
 
 struct RepairArguments {
   std::string input;
@@ -86,7 +86,7 @@ class UnfinishedOutput {
 
 void PrintSummary(const RepairArguments& arguments, const AviRepair& repair) {
   std::ostringstream text;
-  const double frame_seconds = static_cast<double>(repair.frameTimeUs) / kMicroSeconds;
+  const double frame_seconds = static_cast<double>(repair.frameTimeUs) / static_cast<double>(kMicroSeconds);
   text << "wrote " << arguments.output << ": " << repair.width << " x " << repair.height << "\n"
        << "  frames     " << repair.frames << " recovered\n"
        << "  play time  " << std::fixed << std::setprecision(2) << static_cast<double>(repair.frames) * frame_seconds
@@ -105,13 +105,12 @@ void PrintSummary(const RepairArguments& arguments, const AviRepair& repair) {
 }
 
 void Repair(const RepairArguments& arguments) {
-  constexpr uint64_t kWholeMicroSeconds = 1'000'000;
   if (EndingOf(arguments.output) != ".avi") {
     throw ToolError("'" + arguments.output + "' is no name for a video", "Videos are AVI files; let it end in .avi.");
   }
   RefuseSameFile(arguments.input, arguments.output);
   const uint64_t frame_time_us =
-      arguments.fps.empty() ? 0 : kWholeMicroSeconds / ParseWhole("--fps", arguments.fps, 1, 1000);
+      arguments.fps.empty() ? 0 : kMicroSeconds / ParseWhole("--fps", arguments.fps, 1, 1000);
   const UnfinishedOutput output(arguments.output);
 
   const ProgressBar bar("repairing", 100);
@@ -152,9 +151,12 @@ void AddRepairAviCommand(CLI::App& app) {
                    "Frames per second, in whole numbers, instead of what the headers of IN tell")
       ->type_name("1..1000");
   command->footer(
-      "A recording gets its frame counts and its index when it is closed; players refuse one whose program was killed\n"
-      "before. Its frames are all there: this command copies them to OUT, byte by byte, and writes headers and index\n"
-      "anew. A frame that was only half written is left out, and so are places where the file is damaged otherwise;\n"
+      "A recording gets its frame counts and its index when it is closed; where the program was killed before, "
+      "players\n"
+      "may find nothing in it. Its frames are there: this command copies them to OUT, byte by byte, and writes "
+      "headers\n"
+      "and index anew. A frame that was only half written is left out, and so are places where the file is damaged "
+      "otherwise;\n"
       "what was left out is told, and why. OUT gets its name when it is whole, and is OUT.part until then.\n"
       "\n"
       "A video that is whole already is told so, and OUT is not written; that is no failure. Meant for recordings of\n"

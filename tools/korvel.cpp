@@ -1,4 +1,4 @@
-// The korvel command: the library from a shell, through its exported functions; repair-avi alone reaches further.
+// The korvel command: the library from a shell, through its exported functions; only AVI files it knows from within.
 
 #include <CLI/CLI.hpp>
 #include <exception>
