@@ -161,7 +161,9 @@ check "files wait for the encoder" is_video many.AVI 64 48 25 500
 # The frames of the files, decoded: those of the first, those of the second, and so on.
 decoded() {  # decoded FILE...
   local file
-  for file in "$@"; do ffmpeg -v error -nostdin -i "$file" -vsync passthrough -f framemd5 - | grep -v '^#' | cut -d, -f6; done
+  for file in "$@"; do
+    ffmpeg -v error -nostdin -i "$file" -vsync passthrough -f framemd5 - | grep -v '^#' | cut -d, -f6
+  done
 }
 
 split=("${size[@]}" --frames 200 --as-fast-as-possible)
@@ -190,7 +192,8 @@ check "--split alone leaves a short recording in one file" [ ! -e unsplit-0002.a
 
 succeeds record live.avi "${size[@]}" --fps 200 --frames 150 --split-at 100K
 check "in real time no frame is lost between files" [ "$(counts)" = "150 150 0" ]
-check "in real time all frames are in the files" cmp -s <(decoded joined.avi | head -n 150) <(decoded live.avi live-*.avi)
+check "in real time all frames are in the files" \
+  cmp -s <(decoded joined.avi | head -n 150) <(decoded live.avi live-*.avi)
 
 code=0
 timeout --preserve-status -s INT 2 bash -c \

@@ -34,7 +34,8 @@ check "a whole file is not copied" [ ! -e none.avi ] && [ ! -e none.avi.part ]
 succeeds repair-avi damaged.avi mended.avi
 check "places that are damaged are told" grep -qE \
   '^  left out +[0-9]+ bytes in 1 places without a whole picture, the first at byte [0-9]+$' out
-check "a file with a damaged place is mended" [ "$(ffmpeg -v error -nostdin -i mended.avi -f null - 2>&1 | wc -l)" -eq 0 ]
+check "a file with a damaged place is mended" \
+  [ "$(ffmpeg -v error -nostdin -i mended.avi -f null - 2>&1 | wc -l)" -eq 0 ]
 
 tail -c +1000 cut.avi >headless.avi
 fails 1 "the headers of 'headless.avi' are damaged and don't tell the frames per second" repair-avi headless.avi x.avi
