@@ -37,7 +37,8 @@ install(FILES "${CMAKE_CURRENT_BINARY_DIR}/korvel.pc" DESTINATION "${CMAKE_INSTA
 if(KORVEL_BUILD_TOOLS)
   # From where it lies the command finds the library of its own installation.
   file(RELATIVE_PATH korvel_lib_from_bin "/prefix/${CMAKE_INSTALL_BINDIR}" "/prefix/${CMAKE_INSTALL_LIBDIR}")
-  set_target_properties(korvel-tool PROPERTIES INSTALL_RPATH "$ORIGIN/${korvel_lib_from_bin}")
+  # The build's own path is relative too, since its length would show in what is installed.
+  set_target_properties(korvel-tool PROPERTIES INSTALL_RPATH "$ORIGIN/${korvel_lib_from_bin}" BUILD_RPATH_USE_ORIGIN ON)
   install(TARGETS korvel-tool DESTINATION "${CMAKE_INSTALL_BINDIR}" COMPONENT tools)
   if(TARGET korvel-manual)
     install(FILES "${korvel_manual_dir}/man/korvel.1" DESTINATION "${CMAKE_INSTALL_MANDIR}/man1" COMPONENT tools)
@@ -50,7 +51,7 @@ if(KORVEL_BUILD_TOOLS)
   endif()
 endif()
 
-install(FILES README.md CHANGELOG.md DESTINATION "${CMAKE_INSTALL_DOCDIR}" COMPONENT documentation)
+install(FILES README.md CHANGELOG.md SECURITY.md DESTINATION "${CMAKE_INSTALL_DOCDIR}" COMPONENT documentation)
 install(DIRECTORY docs/ DESTINATION "${CMAKE_INSTALL_DOCDIR}/docs" COMPONENT documentation
         PATTERN CMakeLists.txt EXCLUDE PATTERN Doxyfile*.in EXCLUDE PATTERN markdown.sed EXCLUDE)
 if(KORVEL_BUILD_DOCUMENTATION)

@@ -29,6 +29,7 @@ set(CPACK_DEBIAN_LIBRARY_PACKAGE_SECTION libs)
 # Beside the scripts with ldconfig, which CPack can't be told to leave out.
 file(CONFIGURE OUTPUT "${PROJECT_BINARY_DIR}/debian/triggers" CONTENT "activate-noawait ldconfig\n")
 set(CPACK_DEBIAN_LIBRARY_PACKAGE_CONTROL_EXTRA "${PROJECT_BINARY_DIR}/debian/triggers")
+set(CPACK_DEBIAN_LIBRARY_PACKAGE_CONTROL_STRICT_PERMISSION ON)
 set(CPACK_DEBIAN_LIBRARY_DESCRIPTION
     "image processing for applications of industrial cameras
 Turns what a camera delivers, in 49 pixel formats, into pictures: unpacks,

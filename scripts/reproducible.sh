@@ -64,9 +64,11 @@ for first in "$work"/one/build/packages/*.deb; do
   fi
 done
 if ((differing > 0)); then
-  echo "reproducible: $differing packages differ; diffoscope tells where" >&2
-  cp -r "$work/one/build/packages" build/reproducible-first
-  cp -r "$work/another build/packages" build/reproducible-second
+  echo "reproducible: $differing packages differ; build/reproducible has both, and diffoscope tells where" >&2
+  rm -rf build/reproducible
+  mkdir -p build/reproducible/{first,second}
+  cp "$work"/one/build/packages/*.deb build/reproducible/first
+  cp "$work/another build/packages"/*.deb build/reproducible/second
   exit 1
 fi
 echo "reproducible: the packages are the same"
