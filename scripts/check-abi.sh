@@ -30,7 +30,7 @@ while (($# > 0)); do
         echo "check-abi: $1 wants a file" >&2
         exit 2
       fi
-      declare "${1#--}=$2"
+      declare "${1#--}=$(realpath "$2")"
       shift
       ;;
     --help | -h)
