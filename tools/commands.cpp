@@ -18,6 +18,7 @@
 #include "command_repair_avi.h"
 #include "command_rotate.h"
 #include "command_simulate.h"
+#include "command_view.h"
 #include "korvel/korvel.h"
 #include "library_error.h"
 
@@ -46,6 +47,7 @@ std::unique_ptr<CLI::App> MakeCommands() {
       "Examples:\n"
       "  korvel formats\n"
       "  korvel info picture.png\n"
+      "  korvel view picture.png\n"
       "  korvel inspect dump.bin --size 640x480\n"
       "  korvel convert frame.bin frame.png --format BayerRG12p --size 2592x1536\n"
       "  korvel simulate scene.png --format RGB8 --size 1920x1080\n"
@@ -56,6 +58,7 @@ std::unique_ptr<CLI::App> MakeCommands() {
   AddFormatsCommand(app);
   AddInfoCommand(app);
   AddInspectCommand(app);
+  AddViewCommand(app);
   AddConvertCommand(app);
   AddSimulateCommand(app);
   AddRecordCommand(app);
