@@ -19,6 +19,7 @@
 #include "command_rotate.h"
 #include "command_simulate.h"
 #include "command_view.h"
+#include "command_wb.h"
 #include "korvel/korvel.h"
 #include "library_error.h"
 
@@ -63,6 +64,7 @@ std::unique_ptr<CLI::App> MakeCommands() {
   AddSimulateCommand(app);
   AddRecordCommand(app);
   AddRepairAviCommand(app);
+  AddWbCommand(app);
   AddCorrectCommand(app);
   AddBinCommand(app);
   AddMirrorCommand(app);

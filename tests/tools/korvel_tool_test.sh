@@ -127,7 +127,7 @@ check "no failure leaves a picture" [ ! -e x.png ]
 
 # --- help
 
-for command in '' formats info inspect view convert simulate record repair-avi correct bin mirror rotate histogram line hot-pixels; do
+for command in '' formats info inspect view convert simulate record repair-avi wb correct bin mirror rotate histogram line hot-pixels; do
   succeeds ${command:+"$command"} --help
   check "$command --help has examples" grep -q '^  korvel ' out
   grep '^  korvel ' out >>examples
