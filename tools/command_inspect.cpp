@@ -92,10 +92,10 @@ std::string ConvertCommand(const Dump& dump, const Guess& guess) {
 
 void PrintTable(const Dump& dump, const Findings& findings) {
   std::cout << dump.path << ": " << dump.bytes << " bytes, " << SizeText(dump.size) << "\n\n";
-  std::cout << (findings.guesses.empty() ? "No format is possible.\n" : "Rank  Score  Roughness  Format\n");
+  std::cout << (findings.guesses.empty() ? "No format is possible.\n" : "Rank   Score  Roughness  Format\n");
   for (size_t i = 0; i < std::min(findings.guesses.size(), kMostShown); ++i) {
     const Guess& guess = findings.guesses[i];
-    std::cout << std::setw(4) << guess.rank << std::setw(7) << Percent(guess.score) << std::setw(11)
+    std::cout << std::setw(4) << guess.rank << std::setw(8) << Percent(guess.score) << std::setw(11)
               << Percent(guess.roughness.Mean()) << "  " << NameAndSkip(guess) << "\n";
   }
   if (findings.guesses.size() > kMostShown) {
@@ -172,6 +172,7 @@ void Inspect(const InspectArguments& arguments) {
   if (findings.guesses.empty()) return;
   if (!arguments.output.empty()) {
     DrawSheet(dump, findings, arguments.output);
+    if (!arguments.as_json) std::cout << "\nwrote " << arguments.output << "\n";
   } else if (!arguments.as_json) {
     std::cout << "\nTo see the best side by side, add -o sheet.png; to convert it:\n  "
               << ConvertCommand(dump, findings.guesses.front()) << "\n";
@@ -195,11 +196,10 @@ void AddInspectCommand(CLI::App& app) {
   command->add_flag("--json", arguments->as_json, "Print an object in JSON");
   command->footer(
       "Reads the bytes in each format whose frames have the size of the file, and ranks these. The score is the mean\n"
-      "step between neighbours of one colour, in percent of the greatest value, and what else doesn't fit: colours in "
-      "a\n"
-      "grey picture, or greens of a mosaic that differ. Wrong layouts give noise, and so high scores. Formats of one\n"
-      "rank can't be told from each other by the bytes alone; a look at the sheet tells more, where each picture is\n"
-      "brightened and its colours balanced.\n"
+      "step between neighbours of one colour, in percent of the greatest value, and what else doesn't fit: colours in\n"
+      "a grey picture, or greens of a mosaic that differ. Wrong layouts give noise, and so high scores. Formats of\n"
+      "one rank can't be told from each other by the bytes alone; a look at the sheet tells more, where each picture\n"
+      "is brightened and its colours balanced.\n"
       "\n"
       "Examples:\n"
       "  korvel inspect dump.bin --size 640x480\n"

@@ -120,7 +120,6 @@ void WriteSheet(const std::vector<SheetEntry>& entries, const std::string& title
     CopyTo(facts, picture, left, top);
   }
   WriteImage(image, path);
-  PrintWritten(path, facts);
 }
 
 }  // namespace korvel::tools

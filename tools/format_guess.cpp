@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <cmath>
-#include <iterator>
 #include <limits>
 #include <optional>
 #include <tuple>
@@ -144,18 +143,17 @@ void TryLayout(const Dump& dump, const std::vector<NamedFormat>& layout, uint64_
   }
 }
 
-bool IsSameScore(double a, double b) { return std::abs(a - b) <= 1e-9 * std::max(a, b); }
-
+// Scores of what can't be told apart are equal, since they come from the same numbers.
 void Rank(std::vector<Guess>& guesses) {
   const auto is_mosaic = [](const Guess& guess) { return IsBayer(guess.format); };
   std::stable_sort(guesses.begin(), guesses.end(), [&](const Guess& a, const Guess& b) {
-    if (!IsSameScore(a.score, b.score)) return a.score < b.score;
+    if (a.score != b.score) return a.score < b.score;
     if (a.format.bits != b.format.bits) return a.format.bits < b.format.bits;
     if (is_mosaic(a) != is_mosaic(b)) return is_mosaic(b);
     return a.warmth > b.warmth;
   });
   for (size_t i = 0; i < guesses.size(); ++i) {
-    const bool is_tied = i > 0 && IsSameScore(guesses[i].score, guesses[i - 1].score);
+    const bool is_tied = i > 0 && guesses[i].score == guesses[i - 1].score;
     guesses[i].rank = is_tied ? guesses[i - 1].rank : i + 1;
   }
 }
@@ -177,7 +175,8 @@ std::vector<std::string> Doubts(const std::vector<Guess>& guesses) {
     doubts.emplace_back("No colours are seen; a mosaic of a scene without any would look the same.");
   } else if (other_order) {
     doubts.emplace_back(
-        "Which colour is red and which blue cannot be told; the first of the rank has more red, as most scenes have.");
+        "The order of the colours cannot be told within the first rank; its first has more red than blue, as most "
+        "scenes have.");
   }
   if (other_depth) doubts.emplace_back("10 bits or 12 cannot be told: no value is above 1023.");
   if (other_skip) doubts.emplace_back("Whether bytes lie before the pixels or behind them cannot be told.");

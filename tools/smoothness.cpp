@@ -11,10 +11,10 @@ namespace {
 
 constexpr size_t kTileCells = 8;  // along each side; even, so that the patterns of signs below cancel out
 
-// Sums over 2 x 2 cells of a tile.
+// Means over the 2 x 2 cells of a tile.
 struct Tile {
   std::array<double, 4> mean{};  // of each place of the cell: line by line
-  // Diagonal against diagonal, summed with the signs of four patterns: all the same, and three that alternate from cell
+  // Diagonal against diagonal, with the signs of four patterns: all the same, and three that alternate from cell
   // to cell. Colour is the same in neighbouring cells, and only counts in the first; detail counts in all.
   std::array<double, 4> diagonals{};
 };

@@ -22,7 +22,7 @@ Samples ReadPicture(const Image& image, KORVEL_CONVERSION_MODE mode) {
   return ReadSamples(picture);
 }
 
-// The sums over a box of the picture, whose ends are not part of it.
+// A part of the picture; right and bottom are not in it.
 struct Box {
   size_t left;
   size_t right;
