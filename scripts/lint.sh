@@ -33,7 +33,7 @@ cmake --preset dev >/dev/null
 readonly commands=build/dev/compile_commands.json
 
 if ((${#files[@]} == 0)); then
-  shellcheck scripts/*.sh .ci/run tests/package/*.sh tests/tools/*.sh
+  shellcheck scripts/*.sh .ci/run tests/docs/*.sh tests/package/*.sh tests/tools/*.sh
   # Generated files lie below build/ and are not ours to check.
   mapfile -t files < <(sed -n 's/^ *"file": "\(.*\.cpp\)".*/\1/p' "$commands" | grep -v '/build/' | sort -u)
 fi

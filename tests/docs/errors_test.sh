@@ -8,7 +8,7 @@ failures=$(mktemp)
 trap 'rm -f "$failures"' EXIT
 
 find status core buffers processing io avi video api -name '*.cpp' -o -name '*.h' | sort | xargs cat |
-  perl -0777 -Mutf8 -Mopen=:std,:utf8 -ne '
+  perl -0777 -Mutf8 -CSD -ne '
     # String literals that aren'"'"'t texts of failures, nor parts of them.
     my %other = map { $_ => 1 } ("AVI ", "libvideo status code", "stream name", "buffer size", "pixel format",
         "the image is too large for the file type", "a field reaches beyond its layout",

@@ -155,6 +155,7 @@ done <"$page"
 if $in_block; then fail "$number" "the last block has no end"; fi
 
 # Links to files of the project.
+# shellcheck disable=SC2016  # the backquotes are Markdown's
 while IFS= read -r target; do
   case $target in
     http* | '#'* | '') continue ;;

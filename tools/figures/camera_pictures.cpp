@@ -66,9 +66,8 @@ struct NamedDetail {
   const char* name;
   Detail detail;
 };
-constexpr NamedDetail kDetails[] = {{"lines", {1616, 160, 36, 36, 5}},
-                                    {"edge", {1720, 420, 36, 36, 5}},
-                                    {"rings", {1210, 184, 36, 36, 5}}};
+constexpr NamedDetail kDetails[] = {
+    {"lines", {1616, 160, 36, 36, 5}}, {"edge", {1720, 420, 36, 36, 5}}, {"rings", {1210, 184, 36, 36, 5}}};
 
 void DrawModes(const std::string& folder) {
   const Picture scene = ColourPicture(TakeFrame(KORVEL_PIXEL_FORMAT_RGB8, kSceneSize).image, kModes[0].value);

@@ -112,8 +112,8 @@ std::string_view KindOf(const NamedFormat& format) {
   }
 }
 
-constexpr std::string_view kKinds[] = {"Mono",  "Mono, packed", "Bayer", "Bayer, packed", "RGB",
-                                       "BGR",   "RGBa",         "BGRa",  "RGB10p32",      "BGR10p32"};
+constexpr std::string_view kKinds[] = {"Mono", "Mono, packed", "Bayer", "Bayer, packed", "RGB",
+                                       "BGR",  "RGBa",         "BGRa",  "RGB10p32",      "BGR10p32"};
 constexpr std::string_view kStages[] = {"unpack", "depth", "swap", "weigh", "demosaic", "spread"};
 
 // The stages of all pairs of two kinds in the order in which they run; in brackets those that only some pairs need.
@@ -145,8 +145,10 @@ Cells AskForAllPairs() {
     for (const NamedFormat& to : AllFormats()) {
       const Chain chain = chains.Of(from, to);
       if (chain.empty() == chains.IsListed(from, to)) {
-        throw ToolError(std::string(from.name) + " to " + std::string(to.name) + " is listed and fails, or converts "
-                        "and isn't listed", "Mend the converter's list.");
+        throw ToolError(std::string(from.name) + " to " + std::string(to.name) +
+                            " is listed and fails, or converts "
+                            "and isn't listed",
+                        "Mend the converter's list.");
       }
       // A phase never becomes another; every format becomes itself.
       const bool is_other_phase = IsBayer(from) && IsBayer(to) && from.family != to.family;

@@ -56,8 +56,8 @@ void SvgDrawing::AddText(const Place& place, std::string_view text, int size, st
 }
 
 void SvgDrawing::Arrow(const Place& from, const Place& to) {
-  text_ += "<line" + Attribute("x1", from.x) + Attribute("y1", from.y) + Attribute("x2", to.x) +
-           Attribute("y2", to.y) + Attribute("stroke", "#333333") + Attribute("marker-end", "url(#head)") + "/>\n";
+  text_ += "<line" + Attribute("x1", from.x) + Attribute("y1", from.y) + Attribute("x2", to.x) + Attribute("y2", to.y) +
+           Attribute("stroke", "#333333") + Attribute("marker-end", "url(#head)") + "/>\n";
 }
 
 void SvgDrawing::Write(const std::string& path) const {
