@@ -57,7 +57,7 @@ finds '1 Removed function' 's/^KORVEL_API .* KORVEL_Library_GetVersionMinor\(.*/
 # What is added passes, and so does what only reads differently.
 passes 's/^(KORVEL_API KORVEL_RETURN_CODE KORVEL_Library_Get)(VersionMinor\(.*)/&\n\1Next\2/'
 passes 's/KORVEL_RETURN_CODE_Timeout = 12/&, KORVEL_RETURN_CODE_Next = 13/'
-passes 's/^enum \{ KORVEL_BINNING_MODE/enum { KORVEL_NEXT_MODE_One = 1 };\n&/'
+passes '0,/^enum \{/s//enum { KORVEL_NEXT_MODE_One = 1 };\n&/'
 passes 's/Rules that/\n&/; s/(GetVersionMajor\(uint32_t\* )\w+/\1number/'
 
 # A library that exports one function less than the header declares.
