@@ -1,6 +1,7 @@
 #include "thumbnail.h"
 
 #include <algorithm>
+#include <cmath>
 #include <string>
 #include <utility>
 
@@ -55,7 +56,7 @@ PictureSize FitInto(PictureSize picture, PictureSize box) {
   const double scale = std::min({1.0, static_cast<double>(box.width) / static_cast<double>(picture.width),
                                  static_cast<double>(box.height) / static_cast<double>(picture.height)});
   const auto scaled = [&](size_t side) {
-    return std::max<size_t>(1, static_cast<size_t>(static_cast<double>(side) * scale + 0.5));
+    return std::max<size_t>(1, static_cast<size_t>(std::lround(static_cast<double>(side) * scale)));
   };
   return {scaled(picture.width), scaled(picture.height)};
 }
