@@ -127,10 +127,12 @@ std::shared_ptr<IfcImage> ImageConverter::ConvertAtOnce(IfcImage& input, PixelFo
   if (!plan && !streamConversion_.Takes(input, output)) return nullptr;
   const bool isFilled = !plan || !plan->keepsUnusedBits;  // otherwise new memory has to be zero
   const Size2D& size = input.Area().size;
-  std::shared_ptr<IfcImage> result =
-      (isFilled ? pool_->AllocBufferToFill(output, size) : pool_->AllocBuffer(output, size))->CreateImage();
-  uint8_t* const pixels = result->PixelPointer(0, 0);
+  const std::shared_ptr<buffer::IfcImageBuffer> memory =
+      isFilled ? pool_->AllocBufferToFill(output, size) : pool_->AllocBuffer(output, size);
+  uint8_t* const pixels = memory->Data();
+  std::shared_ptr<IfcImage> result;
   try {
+    result = memory->CreateImage();
     if (plan) {
       fusedConversion_.Convert(*plan, input, pixels);
       // Words of the border are copies with the bits that carry nothing.
@@ -140,7 +142,7 @@ std::shared_ptr<IfcImage> ImageConverter::ConvertAtOnce(IfcImage& input, PixelFo
     }
   } catch (...) {
     // The memory goes back to the pool, whose next taker may leave some of it as it is.
-    if (isFilled) std::memset(pixels, 0, result->ByteCount());
+    if (isFilled) std::memset(pixels, 0, memory->ByteCount());
     throw;
   }
   return result;

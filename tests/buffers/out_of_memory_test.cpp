@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cstddef>
 #include <cstdlib>
 #include <cstring>
 #include <filesystem>
@@ -24,14 +25,15 @@
 namespace {
 
 // What new memory holds, so that nothing is taken for zero that nobody has set.
-constexpr int kUnset = 0xA5;
+constexpr uint8_t kUnset = 0xA5;
 
 // The allocation of this thread that fails, counted down; negative for none.
 thread_local long allocationsUntilFailure = -1;
 
-void* AllocateOrFail(std::size_t size) {
+void* AllocateOrFail(std::size_t size, std::align_val_t alignment = std::align_val_t{alignof(std::max_align_t)}) {
   if (allocationsUntilFailure >= 0 && allocationsUntilFailure-- == 0) throw std::bad_alloc();
-  if (void* const memory = std::malloc(size == 0 ? 1 : size)) return std::memset(memory, kUnset, size);
+  const auto unit = static_cast<std::size_t>(alignment);
+  if (void* const memory = std::aligned_alloc(unit, (size / unit + 1) * unit)) return std::memset(memory, kUnset, size);
   throw std::bad_alloc();
 }
 
@@ -40,10 +42,14 @@ void* AllocateOrFail(std::size_t size) {
 // Where one of a pair is inlined and the other is not, compilers see a mismatch.
 [[gnu::noinline]] void* operator new(std::size_t size) { return AllocateOrFail(size); }
 [[gnu::noinline]] void* operator new[](std::size_t size) { return AllocateOrFail(size); }
+[[gnu::noinline]] void* operator new[](std::size_t size, std::align_val_t alignment) {
+  return AllocateOrFail(size, alignment);
+}
 [[gnu::noinline]] void operator delete(void* memory) noexcept { std::free(memory); }
 [[gnu::noinline]] void operator delete[](void* memory) noexcept { std::free(memory); }
 [[gnu::noinline]] void operator delete(void* memory, std::size_t) noexcept { std::free(memory); }
 [[gnu::noinline]] void operator delete[](void* memory, std::size_t) noexcept { std::free(memory); }
+[[gnu::noinline]] void operator delete[](void* memory, std::align_val_t) noexcept { std::free(memory); }
 
 namespace {
 
@@ -187,14 +193,14 @@ TEST(ImageTransformer, LeavesAnImageAsItWasWhenMemoryRunsOut) {
   }
 }
 
-// A conversion that writes every byte takes memory as it comes. Should it fail in between, the next one, which may leave
-// pixels as they are, finds zeros there all the same.
+// A conversion that writes every byte takes memory as it comes. Should it fail in between, the next one, which may
+// leave pixels as they are, doesn't find that memory.
 TEST(ImageConverter, ShowsNoUnsetMemoryAfterAConversionThatRanOutOfIt) {
   constexpr uint32_t kOutput = KORVEL_PIXEL_FORMAT_BGRa8;
   KORVEL_IMAGE_HANDLE square = nullptr;
   KORVEL_IMAGE_HANDLE line = nullptr;  // of as many pixels, too low to be converted
-  ASSERT_EQ(KORVEL_Image_Construct(KORVEL_PIXEL_FORMAT_BayerRG8, 8, 8, &square), 0u);
-  ASSERT_EQ(KORVEL_Image_Construct(KORVEL_PIXEL_FORMAT_BayerRG8, 64, 1, &line), 0u);
+  ASSERT_EQ(KORVEL_Image_Construct(KORVEL_PIXEL_FORMAT_BayerRG12p, 64, 64, &square), 0u);
+  ASSERT_EQ(KORVEL_Image_Construct(KORVEL_PIXEL_FORMAT_BayerRG8, 4096, 1, &line), 0u);
   long failures = 0;
   for (bool isFailing = true; isFailing; failures += isFailing ? 1 : 0) {
     ASSERT_LT(failures, 1000);
@@ -209,7 +215,7 @@ TEST(ImageConverter, ShowsNoUnsetMemoryAfterAConversionThatRanOutOfIt) {
       ASSERT_EQ(KORVEL_ImageConverter_Convert(converter, line, kOutput, &output), 0u);
       uint8_t* pixels = nullptr;
       ASSERT_EQ(KORVEL_Image_GetData(output, &pixels), 0u);
-      EXPECT_EQ(std::count(pixels, pixels + 256, uint8_t{0}), 256);
+      EXPECT_EQ(std::count(pixels, pixels + 4 * 4096, kUnset), 0);
     }
     EXPECT_EQ(KORVEL_Image_Destruct(output), 0u);
     EXPECT_EQ(KORVEL_ImageConverter_Destruct(converter), 0u);
