@@ -82,9 +82,8 @@ void AddViewCommand(CLI::App& app) {
   const auto arguments = std::make_shared<ViewArguments>();
   command->add_option("IN", arguments->input, "File to show")->required()->type_name("FILE");
   command->add_option("--width", arguments->width, "Columns to fill at most (those of the terminal)")->type_name("N");
-  command->add_option("--colours", arguments->colours, "auto, true, 256 or none (auto)")->type_name("WHICH");
-  command->add_option("--mode", arguments->mode, "How Bayer images become colour: fast, hq or classic (fast)")
-      ->type_name("MODE");
+  command->add_option("--colours", arguments->colours, "Colours to use (auto)")->type_name("auto|true|256|none");
+  command->add_option("--mode", arguments->mode, "How Bayer images become colour (fast)")->type_name("fast|hq|classic");
   AddInputOptions(*command, arguments->reading);
   command->footer(std::string("Each character shows two pixels, one above the other, so that the picture fits the "
                               "terminal. True colours where the\n"

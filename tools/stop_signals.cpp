@@ -15,7 +15,11 @@ StopSignals::StopSignals() {
   pthread_sigmask(SIG_BLOCK, &awaited_, &before_);
 }
 
-StopSignals::~StopSignals() { pthread_sigmask(SIG_SETMASK, &before_, nullptr); }
+StopSignals::~StopSignals() {
+  while (ComeUntil(std::chrono::steady_clock::now())) {
+  }
+  pthread_sigmask(SIG_SETMASK, &before_, nullptr);
+}
 
 bool StopSignals::ComeUntil(std::chrono::steady_clock::time_point then) const {
   using std::chrono::nanoseconds;

@@ -8,7 +8,8 @@
 namespace korvel::tools {
 
 // While one exists, the signals that end a program at a user's wish wait to be asked for. So they do for threads that
-// are started meanwhile. Of several that came, one is left when it ends, which then ends the program.
+// are started meanwhile. Those that nobody asked for are dropped when it ends: a second one, as of an impatient Ctrl-C,
+// asks for what has been done, and would end the program before it can say so.
 class StopSignals {
  public:
   StopSignals();
