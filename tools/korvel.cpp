@@ -19,7 +19,7 @@ int Run(int argc, char** argv) {
     if (app->get_subcommands().empty()) throw CLI::RequiredError("A command");
   } catch (const CLI::ParseError& error) {
     // Asking for help is not a failure, and neither here nor there does a code of the parser's own mean anything.
-    return app->exit(error) == 0 ? 0 : kWrongUse;
+    if (app->exit(error) != 0) return kWrongUse;
   }
   if (!std::cout.flush()) {
     throw ToolError("cannot write to the standard output", "Check what it is connected to, and the space there.");

@@ -21,11 +21,14 @@ if command -v python3 >/dev/null; then
   check "formats --json is JSON" python3 -c 'import json; assert len(json.load(open("out"))) == 49'
 fi
 
-checks=$((checks + 1))
-if [[ -e /dev/full ]] && korvel formats >/dev/full 2>err; then
-  failures=$((failures + 1))
-  echo "FAILED: formats notices that nothing can be written"
-fi
+for arguments in formats --help --version "view --help"; do
+  checks=$((checks + 1))
+  # shellcheck disable=SC2086  # words of their own
+  if [[ -e /dev/full ]] && korvel $arguments >/dev/full 2>err; then
+    failures=$((failures + 1))
+    echo "FAILED: korvel $arguments notices that nothing can be written"
+  fi
+done
 
 # --- convert, as it is meant
 
