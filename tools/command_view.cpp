@@ -1,19 +1,17 @@
 #include "command_view.h"
 
-#include <sys/ioctl.h>
-#include <unistd.h>
-
 #include <algorithm>
 #include <cstddef>
-#include <cstdlib>
 #include <iostream>
 #include <limits>
 #include <memory>
+#include <optional>
 #include <string>
 #include <string_view>
 
 #include "image_input.h"
 #include "options.h"
+#include "terminal.h"
 #include "terminal_picture.h"
 #include "thumbnail.h"
 #include "tool_error.h"
@@ -29,19 +27,10 @@ struct ViewArguments {
   std::string colours = "auto";
 };
 
-bool IsTerminal() { return ::isatty(STDOUT_FILENO) == 1; }
-
-std::string_view Environment(const char* name) {
-  const char* const value = std::getenv(name);
-  return value == nullptr ? std::string_view() : value;
-}
-
 TerminalColours ColoursOfTerminal() {
-  if (!IsTerminal() || !Environment("NO_COLOR").empty()) return TerminalColours::kNone;
-  const std::string_view announced = Environment("COLORTERM");
-  if (announced == "truecolor" || announced == "24bit") return TerminalColours::kTrue;
-  const std::string_view terminal = Environment("TERM");
-  return terminal.empty() || terminal == "dumb" ? TerminalColours::kNone : TerminalColours::k256;
+  const std::string_view announced = EnvironmentVariable("COLORTERM");
+  if (!TakesColours()) return TerminalColours::kNone;
+  return announced == "truecolor" || announced == "24bit" ? TerminalColours::kTrue : TerminalColours::k256;
 }
 
 TerminalColours ParseColours(const std::string& text) {
@@ -58,11 +47,9 @@ PictureSize Room(const std::string& width) {
   constexpr size_t kCommonColumns = 80;
   constexpr size_t kAnyLines = std::numeric_limits<size_t>::max() / 2;
   if (!width.empty()) return TerminalBox(ParseWhole("--width", width, 1, 10000), kAnyLines);
-  winsize size{};
-  if (!IsTerminal() || ::ioctl(STDOUT_FILENO, TIOCGWINSZ, &size) != 0 || size.ws_col == 0 || size.ws_row == 0) {
-    return TerminalBox(kCommonColumns, kAnyLines);
-  }
-  return TerminalBox(size.ws_col, std::max<size_t>(1, size.ws_row - 1U));
+  const std::optional<TerminalSize> terminal = SizeOfTerminal();
+  if (!terminal) return TerminalBox(kCommonColumns, kAnyLines);
+  return TerminalBox(terminal->columns, std::max<size_t>(1, terminal->lines - 1));
 }
 
 void View(const ViewArguments& arguments) {

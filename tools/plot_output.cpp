@@ -1,9 +1,9 @@
 #include "plot_output.h"
 
-#include <unistd.h>
-
+#include <cstddef>
 #include <cstdint>
 #include <iostream>
+#include <optional>
 
 #include "cairo_canvas.h"
 #include "draw_plot.h"
@@ -13,6 +13,7 @@
 #include "korvel/korvel.h"
 #include "library_error.h"
 #include "pixel_file.h"
+#include "terminal.h"
 #include "terminal_plot.h"
 #include "tool_error.h"
 
@@ -50,7 +51,9 @@ void WritePlotPicture(const Plot& plot, const std::string& path) {
 
 void OutputPlot(const Plot& plot, const std::string& path, const std::string& place_name) {
   if (path.empty()) {
-    PrintPlot(std::cout, plot, ::isatty(STDOUT_FILENO) == 1);
+    constexpr size_t kCommonColumns = 80;
+    const std::optional<TerminalSize> terminal = SizeOfTerminal();
+    PrintPlot(std::cout, plot, terminal ? terminal->columns : kCommonColumns, TakesColours());
     return;
   }
   const FontCache fonts;

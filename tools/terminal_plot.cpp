@@ -11,9 +11,11 @@
 namespace korvel::tools {
 namespace {
 
-constexpr size_t kColumns = 64;
+constexpr size_t kMostColumns = 64;
+constexpr size_t kLeastColumns = 8;
 constexpr size_t kRows = 6;
 constexpr size_t kMargin = 9;  // in front of the values' axis
+constexpr size_t kAxis = 2;
 
 // A cell from empty to full, in eighths.
 constexpr std::array<std::string_view, 9> kBlocks{" ", "▁", "▂", "▃", "▄", "▅", "▆", "▇", "█"};
@@ -24,9 +26,9 @@ std::string_view Escape(Colour colour) {
 }
 
 // The mean of the values that fall on each column; what has none takes that of the column before.
-std::vector<double> ColumnMeans(const Plot& plot, const Series& series) {
+std::vector<double> ColumnMeans(const Plot& plot, const Series& series, size_t most_columns) {
   const size_t places = plot.last_place - plot.first_place + 1;
-  const size_t columns = std::min(kColumns, places);
+  const size_t columns = std::min(most_columns, places);
   std::vector<double> sums(columns);
   std::vector<size_t> counts(columns);
   for (size_t i = 0; i < series.places.size(); ++i) {
@@ -44,8 +46,8 @@ std::vector<double> ColumnMeans(const Plot& plot, const Series& series) {
   return means;
 }
 
-void PrintSeries(std::ostream& out, const Plot& plot, const Series& series, bool in_colour) {
-  const std::vector<double> means = ColumnMeans(plot, series);
+void PrintSeries(std::ostream& out, const Plot& plot, const Series& series, size_t columns, bool in_colour) {
+  const std::vector<double> means = ColumnMeans(plot, series, columns);
   Plot scale = plot;  // each series has its own, so that none is crushed by another
   scale.greatest_value = std::max(1.0, std::ceil(*std::max_element(means.begin(), means.end())));
   if (plot.style == PlotStyle::kLine) scale.greatest_value = plot.greatest_value;
@@ -62,16 +64,18 @@ void PrintSeries(std::ostream& out, const Plot& plot, const Series& series, bool
   }
   const std::string first = std::to_string(plot.first_place);
   const std::string last = std::to_string(plot.last_place);
-  out << std::string(kMargin + 2, ' ') << first
+  out << std::string(kMargin + kAxis, ' ') << first
       << std::string(std::max<size_t>(means.size(), first.size() + last.size() + 1) - first.size() - last.size(), ' ')
       << last << "\n";
 }
 
 }  // namespace
 
-void PrintPlot(std::ostream& out, const Plot& plot, bool in_colour) {
+void PrintPlot(std::ostream& out, const Plot& plot, size_t columns, bool in_colour) {
+  const size_t room = columns - std::min(columns, kMargin + kAxis);
   out << plot.title << "\n" << plot.value_label << " over " << plot.place_label << "\n\n";
-  for (const Series& series : plot.series) PrintSeries(out, plot, series, in_colour);
+  const size_t width = std::clamp(room, kLeastColumns, kMostColumns);
+  for (const Series& series : plot.series) PrintSeries(out, plot, series, width, in_colour);
 }
 
 }  // namespace korvel::tools

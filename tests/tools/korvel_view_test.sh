@@ -57,6 +57,15 @@ if command -v script >/dev/null; then
   check "colours may be unwanted" [ "$(grep -c $'\033' out)" -eq 0 ]
 fi
 
+if command -v script >/dev/null; then
+  in_terminal "korvel histogram frame.png"
+  check "plots have colours too" grep -qF $'\033[31m' out
+  in_terminal "NO_COLOR=1 korvel histogram frame.png"
+  check "plots are without colours where they are unwanted" [ "$(grep -c $'\033' out)" -eq 0 ]
+  in_terminal "stty cols 40 rows 24; NO_COLOR=1 korvel histogram frame.png"
+  check "plots fit the width of the terminal" [ "$(grep -F '┤' out | LC_ALL=C.UTF-8 wc -L)" -eq 40 ]
+fi
+
 fails 1 "The choices are auto, true, 256 and none." view frame.png --colours blue
 fails 1 "The modes are fast, hq and classic." view frame.png --mode slow
 fails 1 "Give a whole number from 1 to 10000." view frame.png --width 0

@@ -75,7 +75,7 @@ TEST(PrintPlot, DrawsEachSeriesWithItsAxes) {
                   .last_place = 2,
                   .series = {TwoValues(Colour::kRed, 0)}};
   std::ostringstream out;
-  PrintPlot(out, plot, false);
+  PrintPlot(out, plot, 80, false);
   // The place in the middle has no value and takes that before it.
   EXPECT_EQ(out.str(),
             "a title\nvalues over places\n\nred\n"
@@ -92,10 +92,24 @@ TEST(PrintPlot, UsesColoursWhereItMay) {
   const Plot plot{.last_place = 2, .greatest_value = 8, .series = {TwoValues(Colour::kBlue, 0)}};
   std::ostringstream with;
   std::ostringstream without;
-  PrintPlot(with, plot, true);
-  PrintPlot(without, plot, false);
+  PrintPlot(with, plot, 80, true);
+  PrintPlot(without, plot, 80, false);
   EXPECT_THAT(with.str(), HasSubstr("\033[34m"));
   EXPECT_THAT(without.str(), Not(HasSubstr("\033")));
+}
+
+TEST(PrintPlot, IsNoWiderThanItsColumns) {
+  const Plot plot{.style = PlotStyle::kBars, .last_place = 99, .series = {TwoValues(Colour::kGrey, 0)}};
+  const auto bars = [&](size_t columns) {
+    std::ostringstream out;
+    PrintPlot(out, plot, columns, false);
+    const std::string text = out.str();
+    const std::string last_row = text.substr(text.find("        0 ┤") + std::string("        0 ┤").size());
+    return last_row.find('\n') / std::string("█").size();
+  };
+  EXPECT_EQ(bars(80), 64);
+  EXPECT_EQ(bars(40), 29);
+  EXPECT_EQ(bars(1), 8);  // less says nothing
 }
 
 }  // namespace
