@@ -30,6 +30,10 @@ size_t ByteCount(const NamedFormat& format, const PictureSize& size, const std::
 }
 
 void LoadBarePixels(const std::string& path, const InputOptions& options, LoadedImage& loaded) {
+  if (options.format.empty() && options.size.empty() && EndingOf(path) == ".avi") {
+    throw ToolError("'" + path + "' is a video, and only pictures are read",
+                    "Take the frames out before, such as by ffmpeg -i " + ShellWord(path) + " frame%04d.png");
+  }
   const std::string bare = "'" + path + "' holds bare pixels, for which ";
   if (options.format.empty()) throw CLI::RequiredError(bare + "--format");
   if (options.size.empty()) throw CLI::RequiredError(bare + "--size");

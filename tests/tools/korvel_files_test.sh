@@ -107,6 +107,8 @@ assert file["channels"][0] == {"name": "red", "samples": 2, "minimum": 1, "maxim
 fi
 
 fails 2 "'six.bin' holds bare pixels, for which --format is required" info six.bin
+fails 1 "'video.avi' is a video, and only pictures are read" convert video.avi x.png
+fails 1 "ffmpeg -i video.avi frame%04d.png" view video.avi
 fails 2 "--skip belongs to bare pixels, for which --size is required" info Mono8.raw --skip 4
 fails 1 "cannot read 'missing.png': error: type=Io[3]" info missing.png
 fails 1 "(return code 3)" info missing.png
