@@ -119,6 +119,11 @@ KORVEL_CONVERSION_MODE ParseMode(std::string_view text) {
 
 std::string ShellWord(std::string_view text) {
   constexpr std::string_view kPlain = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789_./-+:,@%";
+  if (text.starts_with('-')) {  // no option
+    std::string path = "./";
+    path += text;
+    return ShellWord(path);
+  }
   if (!text.empty() && text.find_first_not_of(kPlain) == std::string_view::npos) return std::string(text);
   std::string word = "'";
   for (const char c : text) word += c == '\'' ? "'\\''" : std::string(1, c);

@@ -75,6 +75,9 @@ fails 1 "the image has no cell of 2 x 2 pixels" wb cast.bin --format BayerRG8 --
 for patch in 0,0,9,8 7,0,2,2 0,0,1,8 0,0,8 0,0,8,8,8 a,0,8,8 -1,0,8,8 0,,8,8 4000000000,0,2,2; do
   fails 1 "is not a part of the 8 x 8 pixels" wb cast.bin "${cast[@]}" --patch=$patch
 done
+cp cast.bin ./-cast.bin
+succeeds wb "${cast[@]}" --grey-world -- -cast.bin
+check "a name that looks like an option becomes none" grep -qF "korvel correct ./-cast.bin balanced.png" out
 fails 2 "Either --patch or --grey-world is required" wb cast.bin "${cast[@]}"
 fails 2 "Either --patch or --grey-world is required" wb cast.bin "${cast[@]}" --grey-world --patch 0,0,8,8
 fails 2 "--format is required" wb cast.bin --size 8x8 --grey-world
