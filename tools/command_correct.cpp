@@ -78,7 +78,7 @@ Image CorrectHotPixels(const Image& image, uint32_t level) {
 }
 
 void ApplyGains(const Image& image, const std::vector<float>& gains) {
-  constexpr const char* kAdvice = "Check --gain.";
+  constexpr const char* kAdvice = "Each gain is from 1 to 8; to lower one colour, raise the others.";
   Gain gain;
   Require(KORVEL_Gain_Construct(gain.Out()), "make a gain", kMemoryAdvice);
   Require(KORVEL_Gain_SetMasterGainValue(gain.Get(), &gains[0]), "set the gain", kAdvice);

@@ -92,6 +92,7 @@ fails 2 "One at least of --hot-pixels, --gain, --matrix and --gamma is required"
 fails 1 "is neither one gain nor four" correct six.bin x.bin "${six[@]}" --gain 1,2
 fails 1 "is neither one gain nor four" correct six.bin x.bin "${six[@]}" --gain much
 fails 1 "cannot set the gain: error: type=" correct six.bin x.bin "${six[@]}" --gain 9
+fails 1 "Each gain is from 1 to 8" correct six.bin x.bin "${six[@]}" --gain 1,1,1,0.5
 fails 1 "(return code 5)" correct six.bin x.bin "${six[@]}" --gain 0.5
 fails 1 "Gain is for mono and Bayer images" correct pixel.bin x.bin "${pixel[@]}" --gain 2
 fails 1 "Hot pixels are those of a sensor" correct pixel.bin x.bin "${pixel[@]}" --hot-pixels 3
