@@ -168,6 +168,10 @@ void Inspect(const InspectArguments& arguments) {
   if (!findings.size_fits) {
     findings.doubts.push_back("No frame of this size takes exactly the bytes that are there. " + SizesThatFit(dump));
   }
+  if (const FileType type = TypeOfFile(dump.path); IsPicture(type)) {
+    findings.doubts.push_back("The name is that of a " + std::string(NameOfFileType(type)) +
+                              " file, which tells its format; 'korvel info' reads it.");
+  }
   arguments.as_json ? PrintJson(dump, findings) : PrintTable(dump, findings);
   if (findings.guesses.empty()) return;
   if (!arguments.output.empty()) {

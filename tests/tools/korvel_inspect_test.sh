@@ -90,6 +90,12 @@ printf '\017\377%.0s' {1..48} >swapped.bin
 succeeds inspect swapped.bin --size 8x6
 check "big-endian words are noticed" grep -qF "it may be big-endian: Mono12" out
 
+korvel convert grey.bin grey.png --format Mono8 --size 160x120 >out
+succeeds inspect grey.png --size 80x60
+check "a picture is not taken for a dump" grep -qF "The name is that of a PNG file" out
+succeeds inspect grey.bin --size 160x120
+check "a dump is no picture" [ "$(grep -c "The name is that of" out)" -eq 0 ]
+
 # --- when something is wrong
 
 fails 1 "'grey.bin' is too short for 1600x120 pixels of any format" inspect grey.bin --size 1600x120
