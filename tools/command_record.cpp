@@ -331,9 +331,11 @@ void AddRecordCommand(CLI::App& app) {
           "\n"
           "No AVI file gets longer than 4 GiB. With --split the recording goes on in OUT-0002.avi, OUT-0003.avi and so "
           "on,\n"
-          "and no frame is lost in between; --split-at makes shorter files, of one frame at least. In real time a file "
+          "and no frame is lost in between; --split-at makes shorter files, of one frame at least. None of these files "
           "may\n"
-          "end early, since frames that are queued count as not compressed. None of these files may exist.\n"
+          "exist. A file ends before its limit by as much as a frame takes without compression, and in real time all "
+          "that\n"
+          "are queued; so SIZE is best many times the bytes of a frame.\n"
           "\n") +
       kInputHelp +
       "\n"
