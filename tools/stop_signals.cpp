@@ -7,7 +7,7 @@ namespace korvel::tools {
 
 StopSignals::StopSignals() {
   sigemptyset(&awaited_);
-  for (const int signal : {SIGINT, SIGTERM, SIGHUP}) {
+  for (const int signal : {SIGINT, SIGTERM, SIGHUP, SIGPIPE}) {
     struct sigaction action {};
     // What the caller ignores stays ignored, as under nohup; waiting would hear it all the same.
     if (sigaction(signal, nullptr, &action) == 0 && action.sa_handler != SIG_IGN) sigaddset(&awaited_, signal);

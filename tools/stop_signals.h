@@ -7,9 +7,10 @@
 
 namespace korvel::tools {
 
-// While one exists, the signals that end a program at a user's wish wait to be asked for. So they do for threads that
-// are started meanwhile. Those that nobody asked for are dropped when it ends: a second one, as of an impatient Ctrl-C,
-// asks for what has been done, and would end the program before it can say so.
+// While one exists, the signals that end a program at a user's wish, or because nobody reads its output any more, wait
+// to be asked for. So they do for threads that are started meanwhile. Those that nobody asked for are dropped when it
+// ends: a second one, as of an impatient Ctrl-C, asks for what has been done, and would end the program before it can
+// say so.
 class StopSignals {
  public:
   StopSignals();

@@ -225,6 +225,10 @@ check "--progress-json prints lines of JSON alone" [ "$(grep -cvE \
 check "--progress-json tells the end" [ "$(tail -n 1 out)" = \
   '{"files":1,"appended":20,"written":20,"queued":0,"dropped":0}' ]
 check "--progress-json tells each frame" [ "$(wc -l <out)" -ge 20 ]
+korvel record unread.avi "${size[@]}" --fps 200 --frames 4000 --progress-json 2>err | head -n 1 >out || true
+check "a recording whose progress nobody reads any more ends early" [ "$(stat -c %s unread.avi)" -lt 2000000 ]
+run repair-avi unread.avi x.avi
+check "and leaves a whole file" grep -qF "is whole" out
 
 # --- an early end
 
