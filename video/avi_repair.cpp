@@ -19,6 +19,8 @@ namespace {
 
 using Outcome = AviRepair::Outcome;
 
+using GoesOn = std::function<bool(uint64_t done, uint64_t all)>;
+
 constexpr uint64_t kHeadByteCount = decltype(avi::kChunkHeadLayout)::kByteCount;
 
 struct PictureSize {
@@ -56,12 +58,13 @@ struct Frame {
 // The frames of a recording, one behind the other, all of the size of the first.
 class FrameSearch {
  public:
-  FrameSearch(const avi::CFile64& file, uint64_t position) : file_(file), position_(position), end_(file.Size()) {}
+  FrameSearch(const avi::CFile64& file, uint64_t position, const GoesOn& goesOn)
+      : file_(file), goesOn_(goesOn), position_(position), end_(file.Size()) {}
 
-  uint64_t Position() const { return position_; }
   uint64_t End() const { return end_; }
+  bool IsStopped() const { return isStopped_; }
 
-  // Nothing behind the last one. What doesn't belong to a frame is noted.
+  // Nothing behind the last one, or where the caller stops. What doesn't belong to a frame is noted.
   std::optional<Frame> Next(AviRepair& repair) {
     const uint64_t begin = position_;
     for (uint64_t place = begin; end_ - place >= kHeadByteCount; place = NextCandidate(place + 1)) {
@@ -74,6 +77,8 @@ class FrameSearch {
       const std::optional<Frame> frame = head ? FrameAt(place, *head) : std::nullopt;
       if (!frame) continue;
       NoteSkipped(begin, place, repair);
+      isStopped_ = !goesOn_(frame->position, end_);
+      if (isStopped_) return std::nullopt;
       // The last one's padding may be missing.
       position_ = std::min(end_, place + avi::RIFFchunk::LengthOf(frame->size));
       return frame;
@@ -117,7 +122,7 @@ class FrameSearch {
     return frame;
   }
 
-  // The next place from here on that looks like a frame's chunk; the file's end if there is none.
+  // The next place from here on that looks like a frame's chunk; the file's end if there is none, or the caller stops.
   uint64_t NextCandidate(uint64_t position) {
     std::array<uint8_t, kHeadByteCount + kPictureBegin.size()> bytes;
     for (; end_ - position >= bytes.size(); ++position) {
@@ -143,7 +148,8 @@ class FrameSearch {
     constexpr uint64_t kWindowByteCount = uint64_t{64} * 1024;
     window_.resize(std::min(kWindowByteCount, end_ - position));
     windowPosition_ = position;
-    return file_.ReadAt(position, window_);
+    isStopped_ = !goesOn_(position, end_);
+    return !isStopped_ && file_.ReadAt(position, window_);
   }
 
   // A frame that was being written: its chunk reaches beyond the end.
@@ -160,12 +166,14 @@ class FrameSearch {
   }
 
   const avi::CFile64& file_;
+  const GoesOn& goesOn_;
   const uint32_t frameId_ = avi::FORMaviHandler::FrameChunkId(0, avi::kVids);
   uint64_t position_;
   uint64_t end_;
   std::optional<PictureSize> size_;
   std::vector<uint8_t> window_;  // of the file, at windowPosition_
   uint64_t windowPosition_ = 0;
+  bool isStopped_ = false;
 };
 
 // What the headers of an unfinished file tell: where frames begin and how long each is shown.
@@ -184,15 +192,13 @@ Start StartOf(const avi::CFile64& file) {
 }
 
 // Copies frames to a new file, which is made with the first of them.
-Outcome WriteFrames(const avi::CFile64& file, FrameSearch& frames, const std::string& output,
-                    const std::function<bool(uint64_t, uint64_t)>& goesOn, AviRepair& repair) {
+Outcome WriteFrames(const avi::CFile64& file, FrameSearch& frames, const std::string& output, AviRepair& repair) {
   // As recordings have it, which open their file before they know what they record.
   constexpr size_t kBytesPerPixel = 4;
   std::unique_ptr<CAvi> writer;
   std::vector<uint8_t> picture;
   while (const std::optional<Frame> frame = frames.Next(repair)) {
     if (repair.frameTimeUs == 0) return Outcome::NoFrameTime;
-    if (!goesOn(frame->position, frames.End())) return Outcome::Stopped;
     if (!writer) {
       SlotStatus status = SlotStatus::Success;
       writer = CAvi::Open(output, repair.frameTimeUs, kBytesPerPixel, &status);
@@ -210,14 +216,14 @@ Outcome WriteFrames(const avi::CFile64& file, FrameSearch& frames, const std::st
     if (!writer->Write(picture)) return Outcome::CannotWrite;
     ++repair.frames;
   }
+  if (frames.IsStopped()) return Outcome::Stopped;
   if (!writer) return Outcome::NoFrame;
   return writer->Close() ? Outcome::Repaired : Outcome::CannotWrite;
 }
 
 }  // namespace
 
-AviRepair RepairAvi(const std::string& path, const std::string& output, uint64_t frameTimeUs,
-                    const std::function<bool(uint64_t, uint64_t)>& goesOn) {
+AviRepair RepairAvi(const std::string& path, const std::string& output, uint64_t frameTimeUs, const GoesOn& goesOn) {
   AviRepair repair;
   avi::CFile64 file;
   if (file.Open(path, avi::CFile64::Mode::Read) != 0) return repair;
@@ -231,8 +237,8 @@ AviRepair RepairAvi(const std::string& path, const std::string& output, uint64_t
 
   const Start start = StartOf(file);
   repair.frameTimeUs = frameTimeUs != 0 ? frameTimeUs : start.frameTimeUs;
-  FrameSearch frames(file, start.position);
-  repair.outcome = WriteFrames(file, frames, output, goesOn, repair);
+  FrameSearch frames(file, start.position, goesOn);
+  repair.outcome = WriteFrames(file, frames, output, repair);
   return repair;
 }
 

@@ -35,8 +35,9 @@ struct AviRepair {
 };
 
 // Reads path and writes output, which is emptied if it exists; it stays as far as it came if the outcome isn't
-// Repaired. frameTimeUs above 0 is taken instead of what the headers tell. goesOn is asked before each frame, with the
-// bytes that are done and all bytes. Takes memory for one frame, and 16 bytes for each.
+// Repaired. frameTimeUs above 0 is taken instead of what the headers tell. goesOn is asked before each frame, and again
+// and again where one is looked for, with the bytes that are done and all bytes. Takes memory for one frame, and 16
+// bytes for each.
 AviRepair RepairAvi(const std::string& path, const std::string& output, uint64_t frameTimeUs,
                     const std::function<bool(uint64_t done, uint64_t all)>& goesOn);
 

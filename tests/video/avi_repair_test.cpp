@@ -281,4 +281,20 @@ TEST_F(AviRepairTest, EndsWhenItIsTold) {
   EXPECT_EQ(done, (std::vector<uint64_t>{PlaceOf(model, 0) + 8, PlaceOf(model, 1) + 8, PlaceOf(model, 2) + 8}));
 }
 
+TEST_F(AviRepairTest, EndsWhenItIsToldWhereNoFrameIsFound) {
+  constexpr uint64_t kByteCount = 1 << 20;
+  korvel_test::WriteFileBytes(input_, AviBytes(kByteCount, 'x'));
+  std::vector<uint64_t> done;
+  const AviRepair repair = libvideo::RepairAvi(input_, output_, 40000, [&](uint64_t now, uint64_t all) {
+    EXPECT_EQ(all, kByteCount);
+    done.push_back(now);
+    return done.size() < 3;
+  });
+  EXPECT_EQ(repair.outcome, Outcome::Stopped);
+  ASSERT_EQ(done.size(), 3u);
+  EXPECT_LT(done[0], done[1]);
+  EXPECT_LT(done[1], done[2]);
+  EXPECT_FALSE(HasOutput());
+}
+
 }  // namespace
