@@ -41,6 +41,10 @@ if ! $check; then
   cmake --build --preset release --target korvel-figures korvel-tool --parallel "$(nproc)"
 fi
 
+if ! command -v convert-im6.q16 >/dev/null; then
+  echo "figures: convert-im6.q16 is missing, by which pictures are compared; scripts/install-dependencies.sh has it" >&2
+  exit 1
+fi
 made=$(mktemp -d)
 trap 'rm -rf "$made"' EXIT
 "$build/tools/korvel-figures" "$made/figures"
