@@ -17,11 +17,12 @@ told and passes.
 HELP
 }
 
-cd "$(dirname "${BASH_SOURCE[0]}")/.."
-readonly dump=tests/package/korvel.abi
+project=$(realpath "$(dirname "${BASH_SOURCE[0]}")/..")
+readonly project
+readonly dump=$project/tests/package/korvel.abi
 update=false
-header=include/korvel/korvel.h
-library=build/release/libkorvel.so
+header=$project/include/korvel/korvel.h
+library=$project/build/release/libkorvel.so
 while (($# > 0)); do
   case "$1" in
     --update) update=true ;;

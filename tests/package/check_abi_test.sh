@@ -60,6 +60,11 @@ passes 's/KORVEL_RETURN_CODE_Timeout = 12/&, KORVEL_RETURN_CODE_Next = 13/'
 passes '0,/^enum \{/s//enum { KORVEL_NEXT_MODE_One = 1 };\n&/'
 passes 's/Rules that/\n&/; s/(GetVersionMajor\(uint32_t\* )\w+/\1number/'
 
+# Files are named from the caller's folder.
+cp "$header" "$work/same.h"
+said=$(cd "$work" && "$source/scripts/check-abi.sh" --header same.h --library "$library" 2>&1) ||
+  fail "a header in the caller's folder gives: $said"
+
 # A library that exports one function less than the header declares.
 nm --dynamic --defined-only --format=posix "$library" |
   awk 'BEGIN { print ".section .note.GNU-stack\n.text" }
