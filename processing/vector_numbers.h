@@ -45,7 +45,7 @@ inline Words LimitedWords(Integers a, Integers b) {
 #endif
 }
 
-// Numbers below 2^15 of both in turn, 16 bytes of the one and of the other, limited to 255.
+// Words of both in turn, 16 bytes of the one and of the other, as signed numbers limited to 0 to 255.
 inline Bytes LimitedBytes(Words a, Words b) {
 #if KORVEL_VECTOR_BYTES == 32
   return Bytes{_mm256_packus_epi16(a.raw, b.raw)};
