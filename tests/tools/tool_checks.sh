@@ -13,6 +13,9 @@ mkdir bin
 ln -s "$tool" bin/korvel
 PATH=$folder/bin:$PATH
 
+# What ends a test other than by a check says where, as the second half of 'check ... && [ ... ]' does.
+trap 'echo "FAILED: line $LINENO: $BASH_COMMAND"' ERR
+
 checks=0
 failures=0
 
