@@ -3,6 +3,7 @@
 #include <cairo-svg.h>
 #include <fontconfig/fontconfig.h>
 
+#include <algorithm>
 #include <array>
 
 #include "tool_error.h"
@@ -53,6 +54,18 @@ CairoContext ContextOf(const CairoSurface& surface) {
   CairoContext context(cairo_create(surface.get()));
   RequireCairo(cairo_status(context.get()));
   return context;
+}
+
+std::string DrawableText(const std::string& text) {
+  const CairoSurface surface(cairo_image_surface_create(CAIRO_FORMAT_A8, 1, 1));
+  const CairoContext context = ContextOf(surface);
+  cairo_text_extents_t extents{};
+  cairo_text_extents(context.get(), text.c_str(), &extents);
+  if (cairo_status(context.get()) != CAIRO_STATUS_INVALID_STRING) return text;
+  std::string drawable = text;
+  std::replace_if(
+      drawable.begin(), drawable.end(), [](char c) { return static_cast<unsigned char>(c) >= 0x80; }, '?');
+  return drawable;
 }
 
 void Finish(const CairoSurface& surface, const CairoContext& context) {

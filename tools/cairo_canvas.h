@@ -39,6 +39,10 @@ CairoSurface SvgSurface(double width, double height, std::string& svg);
 // Throws ToolError.
 CairoContext ContextOf(const CairoSurface& surface);
 
+// What cairo draws of a text, such as the name of a file: all of it if it is UTF-8, else its ASCII characters, and a
+// question mark for each other byte. A text that is no UTF-8 would end the drawing.
+std::string DrawableText(const std::string& text);
+
 // Ends the drawing. Throws ToolError if anything in it has failed.
 void Finish(const CairoSurface& surface, const CairoContext& context);
 

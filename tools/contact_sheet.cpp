@@ -103,7 +103,7 @@ void WriteSheet(const std::vector<SheetEntry>& entries, const std::string& title
   SetColour(context.get(), {0.15, 0.15, 0.15});
   cairo_select_font_face(context.get(), "sans-serif", CAIRO_FONT_SLANT_NORMAL, CAIRO_FONT_WEIGHT_BOLD);
   cairo_set_font_size(context.get(), kTextSize);
-  Write(context.get(), kGap, kTitleHeight - kGap, title);
+  Write(context.get(), kGap, kTitleHeight - kGap, DrawableText(title));
   cairo_select_font_face(context.get(), "sans-serif", CAIRO_FONT_SLANT_NORMAL, CAIRO_FONT_WEIGHT_NORMAL);
   for (size_t i = 0; i < entries.size(); ++i) {
     const size_t left = kGap + i % columns * cell_width;

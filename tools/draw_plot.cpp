@@ -150,7 +150,7 @@ void DrawPlot(cairo_t* context, const Plot& plot) {
   DrawLegend(context, plot);
   SetColour(context, kInk);
   cairo_select_font_face(context, "sans-serif", CAIRO_FONT_SLANT_NORMAL, CAIRO_FONT_WEIGHT_BOLD);
-  Text(context, kLeft, 22, plot.title, Align::kBegin);
+  Text(context, kLeft, 22, DrawableText(plot.title), Align::kBegin);
 }
 
 }  // namespace korvel::tools

@@ -64,6 +64,10 @@ korvel simulate ten.bin --format Mono10 --size 160x120 >out
 succeeds inspect ten.bin --size 160x120
 check "10 bits may be 12" grep -qF "10 bits or 12 cannot be told" out
 
+cp grey.bin $'latin-\344.bin'
+succeeds inspect $'latin-\344.bin' --size 160x120 -o latin.png
+check "a sheet is drawn of a file whose name is no UTF-8" [ -s latin.png ]
+
 # --- bytes too many
 
 samples 512 >header.bin

@@ -21,6 +21,9 @@ check "a histogram becomes a table" has_lines bins.csv value,grey 0,0 1,1 2,1 3,
 check "a table has a line for each value" [ "$(wc -l <bins.csv)" -eq 257 ]
 succeeds histogram six.bin --format BGR8 --size 2x1 -o bins.csv
 check "a table has a column for each colour" has_lines bins.csv value,red,green,blue 0,0,0,0 1,0,0,1 2,0,1,0 3,1,0,0
+cp six.bin $'latin-\344.bin'
+succeeds histogram $'latin-\344.bin' "${six[@]}" -o latin.svg
+check "a file whose name is no UTF-8 gets a plot" [ -s latin.svg ]
 korvel simulate colour.raw --format RGBa10 --size 64x48 >out
 succeeds histogram colour.raw -o bins.csv
 check "alpha has no curve" has_lines bins.csv value,red,green,blue
