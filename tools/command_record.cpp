@@ -222,9 +222,11 @@ void PrintNotes(const std::string& path, const Outcome& outcome, const Pace& pac
                     "Let --split record the rest to other files, or choose a lower --quality.");
   }
   if (counts.dropped > counts.refused) {
-    throw ToolError(std::to_string(counts.dropped - counts.refused) + " of " + std::to_string(counts.appended) +
-                        " frames could not be compressed or written to '" + path + "'",
-                    "Check the space and the permissions of the output folder; the other frames are in the file.");
+    throw ToolError(
+        std::to_string(counts.dropped - counts.refused) + " of " + std::to_string(counts.appended) +
+            " frames could not be compressed or written to '" + path + "'",
+        "Check the space and the permissions of the output folder, or choose a lower --quality: frames that "
+        "compression makes larger are dropped too. The other frames are in the file.");
   }
 }
 

@@ -121,6 +121,10 @@ check "frames that can't be written are told" \
   grep -qF "$dropped of 50 frames could not be compressed or written to 'small_disk.avi'" err
 check "frames that could be written are there" [ "$written" -gt 0 ] && is_video small_disk.avi 640 480 25 "$written"
 
+run record tiny.avi --format Mono8 --size 16x16 --frames 2 --quality 100 --as-fast-as-possible
+check "frames that compression makes larger are a failure" [ "$code" -eq 1 ]
+check "what makes frames smaller is told" grep -qF -- "choose a lower --quality" err
+
 # --- files
 
 file_of $pixels 310 036 074 >a.bin  # 200, 30, 60
