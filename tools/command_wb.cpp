@@ -54,6 +54,7 @@ Area ParsePatch(const std::string& text, const ImageFacts& facts) {
     if (!is_whole || count == numbers.size()) throw error;
     numbers[count++] = std::stoul(word);
   }
+  if (text.ends_with(',')) throw error;
   const Area area{numbers[0], numbers[1], numbers[2], numbers[3]};
   if (count != numbers.size() || area.width < 2 || area.height < 2 || area.left + area.width > facts.width ||
       area.top + area.height > facts.height) {
