@@ -209,8 +209,8 @@ void AddFormatsCommand(CLI::App& app) {
   CLI::App* command = app.add_subcommand("formats", "List the pixel formats, and their names in other programs");
   const auto arguments = std::make_shared<FormatsArguments>();
   command->add_option("NAME", arguments->name, "This format alone, by its name here or elsewhere");
-  CLI::Option* as = command->add_option("--as", arguments->as, "What these programs call them")
-                        ->type_name("opencv|v4l2|libcamera|gstreamer|ffmpeg|all");
+  CLI::Option* as =
+      command->add_option("--as", arguments->as, "What these programs call them")->type_name(WordsOfAs("|"));
   CLI::Option* json = command->add_flag("--json", arguments->as_json, "Print an array of objects in JSON");
   command->add_flag("--markdown", arguments->as_markdown, "Print the names as a Markdown table")
       ->needs(as)

@@ -5,7 +5,6 @@
 #include <cctype>
 #include <cstdint>
 #include <functional>
-#include <string>
 
 #include "korvel/korvel.h"
 #include "tool_error.h"
@@ -171,6 +170,8 @@ constexpr VocabularyFacts kVocabularies[] = {
     {Vocabulary::kFfmpeg, "ffmpeg", "FFmpeg", "AV_PIX_FMT_", ""},
 };
 
+constexpr std::string_view kAll = "all";
+
 char Lower(char c) { return static_cast<char>(std::tolower(static_cast<unsigned char>(c))); }
 
 bool IsSameLetters(std::string_view a, std::string_view b) {
@@ -208,14 +209,18 @@ std::vector<NamedFormat> Collect(std::string_view name, std::optional<Vocabulary
 
 std::span<const VocabularyFacts> AllVocabularies() { return kVocabularies; }
 
-std::optional<Vocabulary> ParseVocabulary(std::string_view option) {
+std::string WordsOfAs(std::string_view separator) {
   std::string words;
+  for (const VocabularyFacts& vocabulary : kVocabularies) words.append(vocabulary.option).append(separator);
+  return words.append(kAll);
+}
+
+std::optional<Vocabulary> ParseVocabulary(std::string_view option) {
   for (const VocabularyFacts& vocabulary : kVocabularies) {
     if (option == vocabulary.option) return vocabulary.vocabulary;
-    words.append(vocabulary.option).append(", ");
   }
-  if (option == "all") return std::nullopt;
-  throw ToolError("--as: there are no names for '" + std::string(option) + "'", "Give one of " + words + "all.");
+  if (option == kAll) return std::nullopt;
+  throw ToolError("--as: there are no names for '" + std::string(option) + "'", "Give one of " + WordsOfAs(", ") + ".");
 }
 
 ForeignName NameIn(Vocabulary vocabulary, const NamedFormat& format) {

@@ -4,6 +4,7 @@
 #include <cstddef>
 #include <optional>
 #include <span>
+#include <string>
 #include <string_view>
 #include <vector>
 
@@ -23,6 +24,9 @@ struct VocabularyFacts {
 };
 
 std::span<const VocabularyFacts> AllVocabularies();
+
+// What --as takes: the words of all vocabularies, and "all".
+std::string WordsOfAs(std::string_view separator);
 
 // The vocabulary of this word; nothing for "all". Throws ToolError for any other word.
 std::optional<Vocabulary> ParseVocabulary(std::string_view option);
