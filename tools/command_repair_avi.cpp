@@ -96,7 +96,8 @@ void PrintSummary(const RepairArguments& arguments, const AviRepair& repair) {
   }
   if (repair.bytesSkipped > 0) {
     text << "  left out   " << repair.bytesSkipped << " bytes in " << repair.placesSkipped
-         << " places without a whole picture, the first at byte " << repair.firstSkipped << "\n";
+         << (repair.placesSkipped == 1 ? " place" : " places") << " without a whole picture, the first at byte "
+         << repair.firstSkipped << "\n";
   }
   if (repair.bytesTooMany > 0) {
     text << "  left out   the last " << repair.bytesTooMany << " bytes, since no AVI file holds more than 4 GiB\n";

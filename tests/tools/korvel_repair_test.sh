@@ -33,7 +33,7 @@ check "a whole file is not copied" [ ! -e none.avi ] && [ ! -e none.avi.part ]
 { head -c 20000 cut.avi; head -c 5000 /dev/zero; tail -c +25001 cut.avi; } >damaged.avi
 succeeds repair-avi damaged.avi mended.avi
 check "places that are damaged are told" grep -qE \
-  '^  left out +[0-9]+ bytes in 1 places without a whole picture, the first at byte [0-9]+$' out
+  '^  left out +[0-9]+ bytes in 1 place without a whole picture, the first at byte [0-9]+$' out
 check "a file with a damaged place is mended" \
   [ "$(ffmpeg -v error -nostdin -i mended.avi -f null - 2>&1 | wc -l)" -eq 0 ]
 
