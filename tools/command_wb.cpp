@@ -21,7 +21,7 @@
 namespace korvel::tools {
 namespace {
 
-constexpr double kMostGain = 8;  // that the library applies
+constexpr unsigned kMostGain = 8;  // that the library applies
 
 struct WbArguments {
   std::string input;
@@ -106,7 +106,8 @@ Balance Measure(const Samples& mosaic, const Area& area) {
   const double brightest = *std::max_element(means.begin(), means.end());
   const double darkest = *std::min_element(means.begin(), means.end());
   if (darkest == 0 || brightest > kMostGain * darkest) {
-    throw ToolError("one colour is more than 8 times as bright as another one, beyond what gains make up for",
+    throw ToolError("one colour is more than " + std::to_string(kMostGain) +
+                        " times as bright as another one, beyond what gains make up for",
                     "Choose a grey part that is neither black nor coloured, and check --format: a wrong mosaic looks "
                     "like this.");
   }
