@@ -15,8 +15,6 @@
 namespace korvel::tools {
 namespace {
 
-constexpr const char* kBuildAdvice = "Build anew.";
-
 // A frame without noise, so that files are small and pixels tell of the conversion alone.
 struct Frame {
   std::vector<uint8_t> bytes{};

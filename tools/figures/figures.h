@@ -5,6 +5,9 @@
 
 namespace korvel::tools {
 
+// Where the library fails here, it isn't the one that the figures were written for.
+inline constexpr const char* kBuildAdvice = "Build anew.";
+
 // PNG files of the test scene: a frame beside its picture, the conversion modes, their borders, a white balance.
 void DrawCameraPictures(const std::string& folder);
 

@@ -13,8 +13,6 @@
 namespace korvel::tools {
 namespace {
 
-constexpr const char* kBuildAdvice = "Build anew.";
-
 struct Layout {
   const char* file;
   uint32_t packed;

@@ -22,7 +22,7 @@ size_t ChannelOfPixel(uint32_t format, size_t column, size_t row) {
   samples[row * kSide + column] = 255;
   Image image;
   Require(KORVEL_Image_ConstructFromBuffer(format, samples.data(), samples.size(), kSide, kSide, image.Out()),
-          "take a mosaic", "Build anew.");
+          "take a mosaic", kBuildAdvice);
   const Picture picture = ColourPicture(image, KORVEL_CONVERSION_MODE_Fast);
   const uint8_t* const pixel = &picture.rgb[(row * kSide + column) * 3];
   return static_cast<size_t>(std::max_element(pixel, pixel + 3) - pixel);

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "figures/figures.h"
 #include "image_facts.h"
 #include "library_error.h"
 
@@ -9,7 +10,6 @@ namespace korvel::tools {
 namespace {
 
 constexpr uint32_t kSmallestPng = 10;
-constexpr const char* kBuildAdvice = "Build anew.";
 
 Picture PictureOf(const Image& image, KORVEL_CONVERSION_MODE mode) {
   Image colour;
