@@ -292,14 +292,20 @@ bool FORMaviHandler::ReadChildren(const CFile64& file, RIFFchunk& list, uint64_t
 }
 
 bool FORMaviHandler::ReadIndex(const CFile64& file, RIFFchunk& chunk) {
-  std::vector<uint8_t> bytes(chunk.size);
-  if (!file.ReadAt(chunk.position + kHeadByteCount, bytes)) return false;
-  decltype(kIndexEntryLayout)::Bytes entryBytes;
-  for (size_t i = 0; i + kIndexEntryByteCount <= bytes.size(); i += kIndexEntryByteCount) {
-    std::copy_n(bytes.begin() + static_cast<ptrdiff_t>(i), entryBytes.size(), entryBytes.begin());
-    const IndexEntry entry = kIndexEntryLayout.Decode(entryBytes);
-    const std::optional<size_t> stream = StreamOfId(entry.id);
-    if (stream && *stream < kMostStreams) streams_.at(*stream).index.push_back(entry);
+  // By pieces: what a damaged file calls its index may be gibibytes.
+  constexpr uint32_t kMostAtOnce = 4096 * kIndexEntryByteCount;
+  const uint32_t end = chunk.size - chunk.size % kIndexEntryByteCount;
+  std::vector<uint8_t> bytes;
+  for (uint32_t begin = 0; begin < end; begin += static_cast<uint32_t>(bytes.size())) {
+    bytes.resize(std::min(kMostAtOnce, end - begin));
+    if (!file.ReadAt(chunk.position + kHeadByteCount + begin, bytes)) return false;
+    decltype(kIndexEntryLayout)::Bytes entryBytes;
+    for (size_t i = 0; i < bytes.size(); i += kIndexEntryByteCount) {
+      std::copy_n(bytes.begin() + static_cast<ptrdiff_t>(i), entryBytes.size(), entryBytes.begin());
+      const IndexEntry entry = kIndexEntryLayout.Decode(entryBytes);
+      const std::optional<size_t> stream = StreamOfId(entry.id);
+      if (stream && *stream < kMostStreams) streams_.at(*stream).index.push_back(entry);
+    }
   }
   return true;
 }

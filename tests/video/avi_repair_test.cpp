@@ -1,12 +1,14 @@
 #include "video/avi_repair.h"
 
 #include <gtest/gtest.h>
+#include <sys/resource.h>
 
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <filesystem>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "tests/model/avi_model.h"
@@ -247,6 +249,33 @@ TEST_F(AviRepairTest, MakesNothingOfAFileWithoutAFrame) {
     EXPECT_FALSE(HasOutput());
   }
   EXPECT_EQ(Repair(AviBytes(100000, 'x'), 40000).outcome, Outcome::NoFrame);
+}
+
+TEST_F(AviRepairTest, TakesLittleMemoryForALargeIndexOfNothing) {
+  constexpr uint32_t kIndexByteCount = 256 << 20;
+  constexpr uint32_t kFormByteCount = 4 + 12 + 8 + kIndexByteCount;
+  AviBytes file;
+  const auto add = [&](std::string_view id, uint32_t size) {
+    file.insert(file.end(), id.begin(), id.end());
+    for (int shift = 0; shift < 32; shift += 8) file.push_back(static_cast<uint8_t>(size >> shift));
+  };
+  add("RIFF", kFormByteCount);
+  for (const char c : std::string_view("AVI ")) file.push_back(static_cast<uint8_t>(c));
+  add("LIST", 4);
+  for (const char c : std::string_view("movi")) file.push_back(static_cast<uint8_t>(c));
+  add("idx1", kIndexByteCount);
+  korvel_test::WriteFileBytes(input_, file);
+  std::filesystem::resize_file(input_, 8 + uint64_t{kFormByteCount});
+
+  const auto mostKibibytes = [] {
+    rusage usage{};
+    getrusage(RUSAGE_SELF, &usage);
+    return usage.ru_maxrss;
+  };
+  const long before = mostKibibytes();
+  const auto goesOn = [](uint64_t, uint64_t) { return true; };
+  EXPECT_EQ(libvideo::RepairAvi(input_, output_, 40000, goesOn).outcome, Outcome::NoFrame);
+  EXPECT_LT(mostKibibytes() - before, 64 << 10);
 }
 
 TEST_F(AviRepairTest, ReadsRegularFilesOnly) {
