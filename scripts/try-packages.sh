@@ -53,7 +53,7 @@ if [[ -z $packages ]]; then
 fi
 
 # shellcheck disable=SC2016
-mirror=$(apt-get indextargets --format '$(REPO_URI)' 'Codename: bookworm' | head -n 1)
+mirror=$(apt-get indextargets --format '$(REPO_URI)' 'Codename: bookworm' | sed -n 1p)
 debootstrap --variant=minbase bookworm "$root" "$mirror"
 mount -t proc proc "$root/proc"
 cp "$packages"/*.deb "$root/tmp/"

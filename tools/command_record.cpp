@@ -335,9 +335,10 @@ void AddRecordCommand(CLI::App& app) {
           "on,\n"
           "and no frame is lost in between; --split-at makes shorter files, of one frame at least. None of these files "
           "may\n"
-          "exist. A file ends before its limit by as much as a frame takes without compression, and in real time all "
-          "that\n"
-          "are queued; so SIZE is best many times the bytes of a frame.\n"
+          "exist. The length of frames that are still to be compressed is guessed from those before; a file gets "
+          "larger "
+          "than\n"
+          "SIZE if they suddenly take more than twice as much, but never too long.\n"
           "\n") +
       kInputHelp +
       "\n"

@@ -70,9 +70,15 @@ bool RecordingSeries::IsFileFull() const {
   const RecordingCounts counts = recording_->Counts();
   if (counts.appended == 0) return false;
   const uint64_t waiting = uint64_t{counts.queued} + 1;
-  const uint64_t size = kHeaders + counts.bytes + waiting * recording_->FrameByteCount() +
-                        (counts.written + waiting) * avi::kMostBytesBesideFrame;
-  return size > std::min(*file_size_, avi::kLargestForm);
+  const uint64_t present = kHeaders + counts.bytes + (counts.written + waiting) * avi::kMostBytesBesideFrame;
+  return present + waiting * recording_->FrameByteCount() > avi::kLargestForm ||
+         present + waiting * LikelyFrameByteCount() > *file_size_;
+}
+
+uint64_t RecordingSeries::LikelyFrameByteCount() const {
+  const uint64_t most = recording_->FrameByteCount();
+  const RecordingCounts counts = Counts();
+  return counts.written == 0 ? most : std::min(most, 2 * counts.bytes / counts.written);
 }
 
 void RecordingSeries::StartNextFile() {

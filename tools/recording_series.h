@@ -14,12 +14,13 @@ namespace korvel::tools {
 
 class RecordingSeries {
  public:
-  // Makes the first file. Without file_size there is no other; with it no file is to get larger, nor longer than an AVI
-  // file can be. Throws ToolError if a file is there already that could become one of them.
+  // Makes the first file. Without file_size there is no other; with it none is to get larger, but by frames that take
+  // more than is likely, and none longer than an AVI file can be. Throws ToolError if a file is there already that
+  // could become one of them.
   RecordingSeries(RecordingOptions options, std::optional<uint64_t> file_size);
 
-  // Whether the file could get too large by one frame more, if all that wait take as much as without compression.
-  // A file takes one frame at least.
+  // Whether the file could get too large by one frame more: larger than wanted if all that wait take as much as is
+  // likely, or longer than it can be if they take as much as without compression. A file takes one frame at least.
   bool IsFileFull() const;
 
   // Ends the file with all that is queued, and goes on in another. Throws ToolError.
@@ -42,6 +43,9 @@ class RecordingSeries {
   void Remove() noexcept;
 
  private:
+  // Twice the mean of what frames took so far; as without compression while there are none.
+  uint64_t LikelyFrameByteCount() const;
+
   RecordingOptions options_;
   std::optional<uint64_t> file_size_;
   std::string first_path_;

@@ -188,6 +188,13 @@ for part in "${parts[@]}"; do
   fi
 done
 
+# Of frames that take a twentieth of the file's size once they are compressed, and nearly all of it before.
+succeeds record large.avi --size 640x480 --frames 60 --as-fast-as-possible --split-at 1M
+for part in large.avi large-*.avi; do
+  check "$part is not larger than --split-at" [ "$(stat -c %s "$part")" -le $((1024 * 1024)) ]
+done
+check "files are filled as far as frames are likely to fit" [ "$(stat -c %s large.avi)" -ge $((800 * 1024)) ]
+
 succeeds record single.avi "${size[@]}" --frames 12 --as-fast-as-possible --split-at 1
 check "a file holds a frame, whatever --split-at" is_video single-0012.avi 64 48 25 1
 check "there are as many files as frames then" [ "$(find . -name 'single*.avi' | wc -l)" -eq 12 ]
