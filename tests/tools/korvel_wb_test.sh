@@ -72,7 +72,7 @@ fails 1 "which tells no colours" wb bright.bin "${cast[@]}" --grey-world
 fails 1 "one colour is more than 8 times as bright" wb black.bin "${cast[@]}" --grey-world
 fails 1 "and gains of colours are for Bayer images" wb cast.bin --format Mono8 --size 8x8 --grey-world
 fails 1 "the image has no cell of 2 x 2 pixels" wb cast.bin --format BayerRG8 --size 64x1 --grey-world
-for patch in 0,0,9,8 7,0,2,2 0,0,1,8 0,0,8 0,0,8,8,8 0,0,8,8, a,0,8,8 -1,0,8,8 0,,8,8 4000000000,0,2,2; do
+for patch in 0,0,9,8 7,0,2,2 0,0,1,8 0,0,8 0,0,8,8,8 '0,0,8,8,' a,0,8,8 -1,0,8,8 0,,8,8 4000000000,0,2,2; do
   fails 1 "is not a part of the 8 x 8 pixels" wb cast.bin "${cast[@]}" --patch=$patch
 done
 cp cast.bin ./-cast.bin
