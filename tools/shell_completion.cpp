@@ -105,11 +105,11 @@ std::string ZshAction(const ArgumentFacts& argument) {
 std::string ZshSpecifications(const ArgumentFacts& option) {
   std::string text;
   for (const std::string& name : option.names) {
-    std::string spec = Between("(", Joined(option.names, " "), ")") + name;
-    if (!option.value.empty()) spec += name.starts_with("--") ? "=" : "+";
-    spec += Between("[", Escaped(option.description, "[]\\"), "]");
-    if (!option.value.empty()) spec += Between(":", Escaped(option.value, ":\\"), ":") + ZshAction(option);
-    text += " \\\n          " + Quoted(spec);
+    std::string entry = Between("(", Joined(option.names, " "), ")") + name;
+    if (!option.value.empty()) entry += name.starts_with("--") ? "=" : "+";
+    entry += Between("[", Escaped(option.description, "[]\\"), "]");
+    if (!option.value.empty()) entry += Between(":", Escaped(option.value, ":\\"), ":") + ZshAction(option);
+    text += " \\\n          " + Quoted(entry);
   }
   return text;
 }
