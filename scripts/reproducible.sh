@@ -8,8 +8,8 @@ Usage: scripts/reproducible.sh [--jobs N]
 
 Clones the last commit to two folders with names of different lengths, builds the packages in each, and compares them.
 The build differs in source and build folder, time, time zone, locale, umask of the compilation, and order of
-compilation. It is without a compiler cache, which could hand the second build what the first one made. Takes two whole
-builds: about eight minutes on two cores.
+compilation. It is without a compiler cache, which could hand the second build what the first one made, and so takes as
+long as two builds from nothing.
 
   --jobs N  how many compilers run at once (as many as there are cores)
   --help    this text
